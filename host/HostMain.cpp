@@ -1,0 +1,153 @@
+// zemblax-host.exe: loads Zemblax.dll as the dental imaging application does
+// and runs acquisitions with it. --auto plays the user for a headless run.
+//   zemblax-host.exe [--data=FOLDER] [--auto] [--out=FOLDER] [--template=NAME] [--lang=1033]
+#include <windows.h>
+#include <ole2.h>
+#include <commctrl.h>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <thread>
+#include "host/HostWindow.h"
+#include "hoststub/HostAutomation.h"
+
+namespace {
+
+// Wine hands Unix paths through unchanged; the plug-in wants Windows paths.
+std::string WindowsPath(std::string p) {
+    if (!p.empty() && p[0] == '/') p = "Z:" + p;
+    for (char& c : p)
+        if (c == '/') c = '\\';
+    return p;
+}
+
+std::string ExeFolder() {
+    char path[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, path, MAX_PATH);
+    std::string s(path);
+    return s.substr(0, s.find_last_of('\\') + 1);
+}
+
+bool Parse(int argc, char** argv, HostOptions& o) {
+    for (int i = 1; i < argc; ++i) {
+        std::string a = argv[i];
+        auto value = [&](const char* prefix) { return a.substr(std::strlen(prefix)); };
+        if (a == "--auto") o.autoUser = true;
+        else if (a.rfind("--data=", 0) == 0) o.dataFolder = WindowsPath(value("--data="));
+        else if (a.rfind("--out=", 0) == 0) o.outFolder = WindowsPath(value("--out="));
+        else if (a.rfind("--template=", 0) == 0) o.templateName = value("--template=");
+        else if (a.rfind("--lang=", 0) == 0) o.language = std::atoi(value("--lang=").c_str());
+        else {
+            std::fprintf(stderr, "unknown argument %s\n", a.c_str());
+            return false;
+        }
+    }
+    if (o.dataFolder.empty()) o.dataFolder = ExeFolder() + "data";
+    return true;
+}
+
+// The automatic user: answers the plug-in's dialogs on the UI thread.
+void ClickWhenEnabled(HWND dlg, int id) {
+    HWND b = GetDlgItem(dlg, id);
+    if (b && IsWindowEnabled(b)) PostMessageA(b, BM_CLICK, 0, 0);
+}
+
+void AnswerDialog(HWND dlg, const std::string& templateName) {
+    if (HWND list = GetDlgItem(dlg, 15014)) {  // template selection
+        int index = 0;
+        if (!templateName.empty()) {
+            LVFINDINFOA find{LVFI_STRING, templateName.c_str()};
+            index = static_cast<int>(SendMessageA(list, LVM_FINDITEMA, static_cast<WPARAM>(-1),
+                                                  reinterpret_cast<LPARAM>(&find)));
+            if (index < 0) {
+                std::printf("template '%s' not in the catalog\n", templateName.c_str());
+                PostMessageA(dlg, WM_COMMAND, IDCANCEL, 0);
+                return;
+            }
+        }
+        LVITEMA item{};
+        item.stateMask = item.state = LVIS_SELECTED | LVIS_FOCUSED;
+        SendMessageA(list, LVM_SETITEMSTATE, index, reinterpret_cast<LPARAM>(&item));
+        ClickWhenEnabled(dlg, IDOK);
+    } else if (GetDlgItem(dlg, 15042)) {  // the exposure review
+        ClickWhenEnabled(dlg, IDOK);
+    } else if (GetDlgItem(dlg, 1006)) {  // end of the template
+        HWND accept = GetDlgItem(dlg, 1006);
+        ClickWhenEnabled(dlg, IsWindowEnabled(accept) ? 1006 : 1001);
+    }
+}
+
+void AutoUser(DWORD uiThread, std::string templateName, volatile bool* stop) {
+    HWND answered = nullptr;
+    while (!*stop) {
+        Sleep(150);
+        HWND found = nullptr;
+        EnumThreadWindows(
+            uiThread,
+            [](HWND h, LPARAM lp) -> BOOL {
+                char cls[16];
+                GetClassNameA(h, cls, sizeof cls);
+                if (std::strcmp(cls, "#32770") || !IsWindowVisible(h) || !GetWindow(h, GW_CHILD))
+                    return TRUE;
+                if (!GetDlgItem(h, 15014) && !GetDlgItem(h, 15042) && !GetDlgItem(h, 1006))
+                    return TRUE;
+                *reinterpret_cast<HWND*>(lp) = h;
+                return FALSE;
+            },
+            reinterpret_cast<LPARAM>(&found));
+        if (found && found != answered) {
+            AnswerDialog(found, templateName);
+            answered = found;
+        } else if (!found) {
+            answered = nullptr;
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    HostOptions options;
+    if (!Parse(argc, argv, options)) return 2;
+    OleInitialize(nullptr);
+    INITCOMMONCONTROLSEX icc{sizeof icc, ICC_LISTVIEW_CLASSES};
+    InitCommonControlsEx(&icc);
+    if (options.language) {
+        hoststub::AutomationOptions a;
+        a.userLanguage = options.language;
+        a.lexiconFile = options.dataFolder + "\\Lexicon.ini";
+        hoststub::RegisterAutomation(a);
+    }
+    Plugin plugin;
+    const std::string dll = ExeFolder() + "Zemblax.dll";
+    if (!plugin.Load(dll.c_str())) {
+        std::fprintf(stderr, "cannot load %s\n", dll.c_str());
+        return 1;
+    }
+    UINT version = 0;
+    if (!plugin.CheckVersion(ZEMBLAX_INTERFACE_VERSION, &version)) {
+        std::fprintf(stderr, "plug-in interface version %u, host needs %d\n", version,
+                     ZEMBLAX_INTERFACE_VERSION);
+        return 1;
+    }
+    std::printf("Zemblax.dll interface version %u, data folder %s\n", version,
+                options.dataFolder.c_str());
+    if (!plugin.Initialize(options.dataFolder.c_str())) return 1;
+    HostWindow window(plugin, options);
+    if (!window.Create()) return 1;
+    volatile bool stop = false;
+    std::thread user;
+    if (options.autoUser)
+        user = std::thread(AutoUser, GetCurrentThreadId(), options.templateName, &stop);
+    MSG msg;
+    while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
+        TranslateMessage(&msg);
+        DispatchMessageA(&msg);
+    }
+    stop = true;
+    if (user.joinable()) user.join();
+    plugin.Uninitialize();
+    if (options.language) hoststub::RevokeAutomation();
+    OleUninitialize();
+    return options.autoUser && !window.RunEnded() ? 1 : 0;
+}

@@ -1,0 +1,227 @@
+#include "layout/LayoutCanvas.h"
+#include <algorithm>
+#include "fw/Beep.h"
+#include "fw/Gdi.h"
+#include "fw/Module.h"
+#include "layout/LayoutOwner.h"
+#include "res/resource.h"
+#include "templates/Template.h"
+
+CLayoutCanvas::CLayoutCanvas() = default;
+
+CLayoutCanvas::~CLayoutCanvas() = default;
+
+void CLayoutCanvas::Init(CLayoutOwner* owner, const std::string* settingsFile) {
+    if (owner) m_pOwner = owner;
+    m_rcClient = GetClientRect();
+    BuildClipRegion();
+    if (settingsFile && !settingsFile->empty() &&
+        ::GetPrivateProfileIntA("Debug", "ShowOnlyActive", 0, settingsFile->c_str()))
+        m_bShowOnlyActive = TRUE;
+}
+
+void CLayoutCanvas::BuildClipRegion() {
+    const LONG w = fw::Width(m_rcClient), h = fw::Height(m_rcClient);
+    POINT corners[4] = {{0, 0}, {w, 0}, {w, h}, {0, h}};
+    m_clipRegion.reset(::CreatePolygonRgn(corners, 4, WINDING));
+}
+
+void CLayoutCanvas::SetTemplate(CTemplate* pTemplate) {
+    if (!pTemplate) return;
+    m_pSelected = nullptr;
+    m_pTemplate = pTemplate;
+    m_trackers.clear();
+    for (int i = 0; i < pTemplate->GetTakeCount(); ++i)
+        if (CTake* take = pTemplate->GetTake(i)) AddTakeItem(take);
+}
+
+BOOL CLayoutCanvas::AddTakeItem(CTake* take) {
+    auto tracker = std::make_unique<CTakeTracker>(this, take, true);
+    CTakeTracker* added = tracker.get();
+    m_trackers.push_back(std::move(tracker));
+    if (m_pSelected) m_pSelected->SetSelected(false);
+    m_pSelected = added;
+    return TRUE;
+}
+
+BOOL CLayoutCanvas::RemoveTakeItem(int position) {
+    if (m_pSelected) m_pSelected->SetSelected(false);
+    m_pSelected = nullptr;
+    auto it = std::find_if(m_trackers.begin(), m_trackers.end(), [&](const auto& t) {
+        return t->GetItemTake() && t->GetItemTake()->GetPosition() == position;
+    });
+    if (it == m_trackers.end()) return FALSE;
+    m_trackers.erase(it);
+    return TRUE;
+}
+
+void CLayoutCanvas::SelectTake(int position) {
+    if (m_pSelected) m_pSelected->SetSelected(false);
+    m_pSelected = nullptr;
+    if (position < 0) return;
+    for (const auto& t : m_trackers) {
+        if (t->GetItemTake() && t->GetItemTake()->GetPosition() == position) {
+            t->SetSelected(true);
+            m_pSelected = t.get();
+        }
+    }
+}
+
+void CLayoutCanvas::SetOrderMode(bool bOrderMode) {
+    m_nNextOrderPlace = 0;
+    m_bOrderMode = bOrderMode;
+}
+
+CTake* CLayoutCanvas::GetSelectedTake() const {
+    return m_pSelected ? m_pSelected->GetItemTake() : nullptr;
+}
+
+void CLayoutCanvas::InvalidateSelected() {
+    if (m_pSelected) m_pSelected->InvalidateItem();
+}
+
+bool CLayoutCanvas::SelectAt(POINT pt) {
+    CTakeTracker* candidate = nullptr;
+    for (const auto& t : m_trackers)
+        if (t->HitTest(pt) > 0) candidate = t.get();
+    if (candidate == m_pSelected) return m_pSelected != nullptr;
+    if (m_pSelected) m_pSelected->SetSelected(false);
+    m_pSelected = candidate;
+    if (candidate) {
+        candidate->SetSelected(true);
+        auto it = std::find_if(m_trackers.begin(), m_trackers.end(),
+                               [&](const auto& t) { return t.get() == candidate; });
+        std::rotate(it, it + 1, m_trackers.end());
+    }
+    NotifySelectionChanged();
+    if (hwnd()) ::UpdateWindow(hwnd());
+    return m_pSelected != nullptr;
+}
+
+void CLayoutCanvas::NotifySelectionChanged() {
+    if (m_pOwner) m_pOwner->UpdateChart();
+}
+
+LRESULT CLayoutCanvas::WindowProc(UINT msg, WPARAM wp, LPARAM lp) {
+    const POINT pt{static_cast<short>(LOWORD(lp)), static_cast<short>(HIWORD(lp))};
+    switch (msg) {
+    case WM_PAINT:
+        OnPaint();
+        return 0;
+    case WM_NCHITTEST:
+        // Without an owner the canvas is a picture: mouse input goes to the parent.
+        if (!m_pOwner) return HTTRANSPARENT;
+        break;
+    case WM_LBUTTONDOWN:
+        if (!m_pTemplate || !m_pOwner) return 0;
+        OnLButtonDown(pt);
+        break;
+    case WM_RBUTTONDOWN:
+        if (!m_pOwner) return 0;
+        SelectAt(pt);
+        break;
+    case WM_SETCURSOR:
+        if (m_pSelected && reinterpret_cast<HWND>(wp) == hwnd() &&
+            m_pSelected->SetCursor(hwnd(), LOWORD(lp)))
+            return TRUE;
+        break;
+    }
+    return Default(msg, wp, lp);
+}
+
+void CLayoutCanvas::OnLButtonDown(POINT pt) {
+    if (!SelectAt(pt)) return;
+    if (m_bOrderMode)
+        AssignOrder();
+    else
+        MoveSelected(pt);
+}
+
+void CLayoutCanvas::AssignOrder() {
+    CTake* selected = GetSelectedTake();
+    auto copy = std::make_unique<CTake>();
+    copy->CopyFrom(*selected);
+    const int p = selected->GetPosition();
+    RemoveTakeItem(p);
+    if (!m_pTemplate->RemoveTake(p)) return;
+    CTake* raw = copy.release();
+    if (!m_pTemplate->InsertTake(m_nNextOrderPlace, raw)) {
+        delete raw;
+        return;
+    }
+    AddTakeItem(raw);
+    if (m_nNextOrderPlace < m_pTemplate->GetTakeCount() - 1) ++m_nNextOrderPlace;
+    for (const auto& t : m_trackers) t->InvalidateItem();
+    NotifySelectionChanged();
+}
+
+void CLayoutCanvas::MoveSelected(POINT pt) {
+    CTakeTracker* tracker = m_pSelected;
+    tracker->SetTracking(true);
+    RECT before = tracker->GetTrackerRect();
+    ::InflateRect(&before, 10, 10);
+    if (tracker->Track(hwnd(), pt)) {
+        RECT after = tracker->GetTrackerRect();
+        ::InflateRect(&after, 10, 10);
+        Invalidate(&before, true);
+        Invalidate(&after, true);
+    }
+    tracker->SetTracking(false);
+}
+
+void CLayoutCanvas::OnPaint() {
+    fw::PaintDC paint(hwnd());
+    HDC dc = paint.get();
+    RECT client = GetClientRect();
+    if (!::EqualRect(&client, &m_rcClient)) {
+        m_rcClient = client;
+        BuildClipRegion();
+    }
+    fw::UniqueBitmap picture(static_cast<HBITMAP>(::LoadImageA(
+        fw::Module::ResourceHandle(), MAKEINTRESOURCEA(IDB_LAYOUT), IMAGE_BITMAP, 0, 0, 0)));
+    BITMAP bm{};
+    ::GetObjectA(picture.get(), sizeof bm, &bm);
+    fw::UniqueDC memory(::CreateCompatibleDC(dc));
+    {
+        fw::SelectObj selPicture(memory.get(), picture.get());
+        ::SetBkMode(dc, TRANSPARENT);
+        ::SelectClipRgn(dc, m_clipRegion.get());
+        // The picture is stretched by the mapping mode, then one unit is one pixel again.
+        ::SetMapMode(dc, MM_ANISOTROPIC);
+        ::SetWindowExtEx(dc, bm.bmWidth, bm.bmHeight, nullptr);
+        ::SetViewportExtEx(dc, fw::Width(client), fw::Height(client), nullptr);
+        ::SetWindowOrgEx(dc, 0, 0, nullptr);
+        ::SetViewportOrgEx(dc, 0, 0, nullptr);
+        ::BitBlt(dc, 0, 0, bm.bmWidth, bm.bmHeight, memory.get(), 0, 0, SRCCOPY);
+        ::SetWindowExtEx(dc, fw::Width(client), fw::Height(client), nullptr);
+        ::SetViewportExtEx(dc, fw::Width(client), fw::Height(client), nullptr);
+    }
+    for (const auto& t : m_trackers) {
+        t->Draw(dc);
+        t->Paint(dc, m_bOrderMode != 0, m_bShowOnlyActive != 0, m_clipRegion.get());
+    }
+    if (m_pSelected) {
+        m_pSelected->Draw(dc);
+        m_pSelected->Paint(dc, m_bOrderMode != 0, m_bShowOnlyActive != 0, m_clipRegion.get());
+    }
+}
+
+BOOL CLayoutCanvas::RenderThumbnail(fw::UniqueBitmap& bitmap) {
+    const BOOL savedShowOnlyActive = m_bShowOnlyActive;
+    m_bShowOnlyActive = TRUE;
+    for (const auto& t : m_trackers) t->SetSelected(false);
+    m_pSelected = nullptr;
+    if (m_pOwner) m_pOwner->UpdateView();
+    {
+        fw::WindowDC dc(hwnd());
+        fw::UniqueDC memory(::CreateCompatibleDC(dc.get()));
+        bitmap.reset(::CreateCompatibleBitmap(dc.get(), 200, 150));
+        fw::SelectObj sel(memory.get(), bitmap.get());
+        const RECT c = GetClientRect();
+        ::StretchBlt(memory.get(), 0, 0, 200, 150, dc.get(), 0, 0, fw::Width(c), fw::Height(c),
+                     SRCCOPY);
+    }
+    m_bShowOnlyActive = savedShowOnlyActive;
+    if (m_pOwner) m_pOwner->UpdateView();
+    return TRUE;
+}

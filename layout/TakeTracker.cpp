@@ -1,0 +1,169 @@
+#include "layout/TakeTracker.h"
+#include <algorithm>
+#include <vector>
+#include "fw/Gdi.h"
+#include "layout/LayoutCanvas.h"
+#include "settings/Settings.h"
+#include "templates/Take.h"
+
+CTakeTracker::CTakeTracker(CLayoutCanvas* canvas, CTake* take, bool bSelected)
+    : m_pCanvas(canvas), m_bSelected(bSelected) {
+    SetTake(take);
+    m_nStyle = bSelected ? hatchedBorder : solidLine;
+    const CSettings& s = TheSettings();
+    m_crActive = s.GetActiveColor();
+    m_crInactive = s.GetInactiveColor();
+    m_dragBrush.reset(::CreateSolidBrush(s.GetDragColor()));
+    // Looked up by the raw number: only the black-on-white fallback matters
+    // here, Paint looks the holder up again properly.
+    m_pHolder = take ? s.GetHolder(take->GetHolder()) : nullptr;
+    if (!m_pHolder) {
+        m_crFill = RGB(0, 0, 0);
+        m_crText = RGB(255, 255, 255);
+    }
+    m_hFont = s.GetFont();
+    if (m_pCanvas) {
+        RECT c = m_pCanvas->GetClientRect();
+        m_dScaleX = 1024.0 / fw::Width(c);
+        m_dScaleY = 768.0 / fw::Height(c);
+        m_nLimitLeft = static_cast<int>(70 / m_dScaleX);
+        m_nLimitTop = static_cast<int>(50 / m_dScaleY);
+        m_nLimitRight = static_cast<int>(110 / m_dScaleX);
+        m_nLimitBottom = static_cast<int>(20 / m_dScaleY);
+    }
+}
+
+CTakeTracker::~CTakeTracker() = default;
+
+void CTakeTracker::SetTake(CTake* take) {
+    m_pTake = take;
+    Recalc();
+    m_rectLast = m_rect;
+    m_pSensor = take ? TheSettings().GetSensor(take->GetSensor() - 1) : nullptr;
+}
+
+void CTakeTracker::Recalc() {
+    if (m_pTake) m_rcTake = m_pTake->GetRect();
+    if (m_pCanvas) {
+        m_rcClient = m_pCanvas->GetClientRect();
+        m_dScaleX = 1024.0 / fw::Width(m_rcClient);
+        m_dScaleY = 768.0 / fw::Height(m_rcClient);
+    }
+    m_rect = {static_cast<LONG>(m_rcTake.left / m_dScaleX),
+              static_cast<LONG>(m_rcTake.top / m_dScaleY),
+              static_cast<LONG>(m_rcTake.right / m_dScaleX),
+              static_cast<LONG>(m_rcTake.bottom / m_dScaleY)};
+    m_rcItem = m_rect;
+}
+
+void CTakeTracker::SetSelected(bool bSelected) {
+    m_bSelected = bSelected;
+    m_nStyle = bSelected ? hatchedBorder : solidLine;
+    InvalidateItem();
+}
+
+void CTakeTracker::InvalidateItem() const {
+    if (!m_pCanvas) return;
+    RECT r = m_rect;
+    ::InflateRect(&r, 5, 5);
+    m_pCanvas->Invalidate(&r, true);
+}
+
+template <typename Op>
+void CTakeTracker::Transform(Op op) {
+    if (!m_pTake) return;
+    InvalidateItem();
+    op(*m_pTake);
+    Recalc();
+    m_rectLast = m_rect;
+    InvalidateItem();
+}
+
+void CTakeTracker::ZoomIn() { Transform([](CTake& t) { t.ZoomIn(); }); }
+void CTakeTracker::ZoomOut() { Transform([](CTake& t) { t.ZoomOut(); }); }
+void CTakeTracker::Rotate() { Transform([](CTake& t) { t.Rotate(); }); }
+
+void CTakeTracker::OnChangedRect(const RECT& previous) {
+    if (!m_pTake || ::EqualRect(&m_rect, &previous)) return;
+    m_rect.left = std::max<LONG>(m_rect.left, m_nLimitLeft);
+    m_rect.top = std::max<LONG>(m_rect.top, m_nLimitTop);
+    m_rect.right = std::min<LONG>(m_rect.right, m_nLimitRight);
+    m_rect.bottom = std::min<LONG>(m_rect.bottom, m_nLimitBottom);
+    m_pTake->MoveTo(static_cast<int>(m_rect.left * m_dScaleX),
+                    static_cast<int>(m_rect.top * m_dScaleY));
+    Recalc();
+}
+
+int CTakeTracker::OutlineVariant(const CTake& take) {
+    const int q = take.GetQuadrant();
+    if (take.IsVertical()) return (q == 1 || q == 2) ? 3 : 1;
+    return (q == 1 || q == 4) ? 2 : 0;
+}
+
+bool CTakeTracker::BuildOutline(fw::UniqueRgn& region) const {
+    const int n = m_pSensor->GetVertexCount();
+    if (n <= 0) return false;
+    std::vector<POINT> pts(n);
+    m_pSensor->GetOutlinePoints(pts.data(), n, OutlineVariant(*m_pTake));
+    fw::UniqueRgn raw(::CreatePolygonRgn(pts.data(), n, WINDING));
+    RECT box{};
+    if (!raw || !::GetRgnBox(raw.get(), &box) || fw::Width(box) == 0 || fw::Height(box) == 0)
+        return false;
+    const double fx = static_cast<double>(fw::Width(m_rcItem) - 2) / fw::Width(box);
+    const double fy = static_cast<double>(fw::Height(m_rcItem) - 2) / fw::Height(box);
+    for (POINT& p : pts) {
+        p.x = static_cast<LONG>(p.x * fx);
+        p.y = static_cast<LONG>(p.y * fy);
+    }
+    region.reset(::CreatePolygonRgn(pts.data(), n, WINDING));
+    if (!region) return false;
+    ::OffsetRgn(region.get(), m_rcItem.left + 1, m_rcItem.top + 1);
+    return true;
+}
+
+void CTakeTracker::Paint(HDC dc, bool bOrderMode, bool bShowOnlyActive, HRGN clip) {
+    fw::UniqueBrush black(::CreateSolidBrush(RGB(0, 0, 0)));
+    fw::UniqueBrush active(::CreateSolidBrush(m_crActive));
+    fw::UniqueBrush inactive(::CreateSolidBrush(m_crInactive));
+    if (m_bTracking || !m_pTake) return;
+    Recalc();
+    if (const CHolder* h = TheSettings().GetHolder(m_pTake->GetHolder() - 1)) {
+        m_crFill = m_bSelected ? h->GetColor() : h->GetInactiveColor();
+        m_crText = h->GetTextColor();
+    }
+    // The item's fill is black whatever the active and inactive colours are:
+    // the black brush is selected over the colour brush before drawing.
+    fw::SelectObj colourBrush(dc, m_bSelected ? active.get() : inactive.get());
+    fw::SelectObj blackBrush(dc, black.get());
+    ::Rectangle(dc, m_rcItem.left, m_rcItem.top, m_rcItem.right, m_rcItem.bottom);
+    fw::UniqueRgn outline;
+    if (m_pSensor && BuildOutline(outline)) {
+        fw::UniqueBrush fill(::CreateSolidBrush(m_crFill));
+        ::FillRgn(dc, outline.get(), fill.get());
+    }
+    fw::SelectObj font(dc, m_hFont);
+    if (!bShowOnlyActive || m_bSelected) {
+        PaintLabel(dc, bOrderMode);
+        ::SelectClipRgn(dc, clip);
+    }
+}
+
+void CTakeTracker::PaintLabel(HDC dc, bool bOrderMode) {
+    const std::string text = bOrderMode ? std::to_string(m_pTake->GetPosition() + 1)
+                                        : m_pTake->GetToothLabel();
+    SIZE ext{};
+    ::GetTextExtentPoint32A(dc, text.c_str(), static_cast<int>(text.size()), &ext);
+    const COLORREF oldColor = ::SetTextColor(dc, m_crText);
+    const int itemW = fw::Width(m_rcItem);
+    int x = itemW / 2 - ext.cx / 2 + m_rcItem.left;
+    const int clientW = fw::Width(m_rcClient);
+    if (x + ext.cx > clientW) x = clientW - ext.cx - 1;
+    if (x < 0) x = 0;
+    const int y = m_rcItem.top + 1;
+    if (ext.cx >= itemW) {
+        fw::UniqueRgn itemClip(::CreateRectRgnIndirect(&m_rect));
+        ::SelectClipRgn(dc, itemClip.get());
+    }
+    ::TextOutA(dc, x, y, text.c_str(), static_cast<int>(text.size()));
+    ::SetTextColor(dc, oldColor);
+}

@@ -1,0 +1,150 @@
+// Stepping through a run: the review of each exposure, the decisions at the
+// end of the template, and the delivery of the next take to the host.
+#include <cstring>
+#include "fw/Beep.h"
+#include "plugin/TemplateApp.h"
+#include "templates/Template.h"
+#include "ui/FinishDlg.h"
+#include "ui/PreviewDlg.h"
+#include "ui/TakeDlg.h"
+
+namespace {
+void FreeImages(HGLOBAL& header, HGLOBAL& bits) {
+    if (header) ::GlobalFree(header);
+    if (bits) ::GlobalFree(bits);
+    header = bits = nullptr;
+}
+}  // namespace
+
+BOOL CTemplateApp::StepBack() {
+    if (m_nPosition > 1) --m_nPosition;
+    if (m_pPreviewDlg) m_pPreviewDlg->SetActiveTake(static_cast<int>(m_nPosition) - 1);
+    return m_nPosition > 1;
+}
+
+BOOL CTemplateApp::StepForward() {
+    const UINT count = m_pTemplate ? static_cast<UINT>(m_pTemplate->GetTakeCount()) : 0;
+    if (m_nPosition < count) ++m_nPosition;
+    if (m_pPreviewDlg) m_pPreviewDlg->SetActiveTake(static_cast<int>(m_nPosition) - 1);
+    return m_nPosition < count;
+}
+
+RECT CTemplateApp::MapTakeRect(const RECT& take, const RECT& host) {
+    const int w = host.right - host.left, h = host.bottom - host.top;
+    const double sx = w * (1.0 / 844.0), sy = h * (1.0 / 698.0);
+    RECT r = take;
+    ::OffsetRect(&r, -70, -50);
+    return {static_cast<LONG>(r.left * sx), static_cast<LONG>(r.top * sy),
+            static_cast<LONG>(r.right * sx), static_cast<LONG>(r.bottom * sy)};
+}
+
+int CTemplateApp::DeliverTake(const RECT* prcHost, std::string* pLabel, int* pnOrientation,
+                              RECT* prcOut) {
+    if (!m_pTemplate || !m_pPreviewDlg) return static_cast<int>(m_nPosition);
+    const CTake* take = m_pTemplate->GetTake(static_cast<int>(m_nPosition) - 1);
+    if (!take) return -1;
+    *pnOrientation = take->IsVertical() ? 1 : 0;
+    *pLabel = take->GetCenterToothString();
+    m_pPreviewDlg->SetActiveTake(static_cast<int>(m_nPosition) - 1);
+    *prcOut = MapTakeRect(take->GetRect(), *prcHost);
+    return static_cast<int>(++m_nPosition);
+}
+
+// Shows the exposure until the user goes on; ends the run on Beenden.
+// Returns 0 to go on delivering, -1 when the run was ended.
+int CTemplateApp::ShowTakeReview(HGLOBAL hDibHeader, HGLOBAL hDibBits) {
+    CTakeDlg dlg(nullptr);
+    dlg.SetImages(hDibHeader, hDibBits);
+    for (;;) {
+        switch (dlg.DoModal()) {
+        case CTakeDlg::kQuit:
+            fw::Beep(MB_ICONHAND);
+            StopRun();
+            return -1;
+        case CTakeDlg::kNext:
+            return 0;
+        case CTakeDlg::kBack:
+            StepBack();
+            dlg.SetNoAutoAdvance(TRUE);
+            break;
+        case CTakeDlg::kSkip:
+            StepForward();
+            dlg.SetNoAutoAdvance(TRUE);
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+int CTemplateApp::RunFinishLoop(int nMode, bool bAskVariant, const RECT& host,
+                                std::string& label, int* pnOrientation, RECT& mapped) {
+    CFinishDlg dlg(nMode, nullptr);
+    if (bAskVariant) StepBack();
+    for (;;) {
+        switch (dlg.DoModal()) {
+        case CFinishDlg::kQuit:
+        case CFinishDlg::kAccept:
+            if (bAskVariant) fw::Beep(MB_OK);
+            StopRun();
+            return -1;
+        case CFinishDlg::kNext:
+            return DeliverTake(&host, &label, pnOrientation, &mapped);
+        case CFinishDlg::kBack:
+            if (StepBack())
+                dlg.SetStateMiddle();
+            else
+                dlg.SetStateFirst();
+            break;
+        case CFinishDlg::kSkip:
+            if (StepForward())
+                dlg.SetStateMiddle();
+            else
+                dlg.SetStateLast();
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+int CTemplateApp::GetNext(HWND hwndHost, HGLOBAL hDibHeader, HGLOBAL hDibBits,
+                          const RECT* prcHost, LPSTR pszLabel, int* pnOrientation, RECT* prcTake,
+                          BOOL bStepBackAndAsk, BOOL* pbTemplateDone) {
+    if (!::IsWindow(hwndHost) || !m_bInitialized || !prcHost) {
+        fw::Beep(MB_ICONHAND);
+        FreeImages(hDibHeader, hDibBits);
+        return -1;
+    }
+    int orientationIgnored = 0;
+    if (!pnOrientation) pnOrientation = &orientationIgnored;
+    const RECT host = *prcHost;
+    std::string label;
+    RECT mapped{};
+    int result;
+    if (bStepBackAndAsk) {
+        result = RunFinishLoop(0, true, host, label, pnOrientation, mapped);
+        if (result == -1 && !m_bRunActive) {
+            FreeImages(hDibHeader, hDibBits);
+            return -1;
+        }
+    } else {
+        if (hDibHeader && hDibBits && ShowTakeReview(hDibHeader, hDibBits) < 0) {
+            FreeImages(hDibHeader, hDibBits);
+            return -1;
+        }
+        result = DeliverTake(&host, &label, pnOrientation, &mapped);
+        if (result == -1) {
+            if (pbTemplateDone) *pbTemplateDone = TRUE;
+            result = RunFinishLoop(1, false, host, label, pnOrientation, mapped);
+            if (result == -1 && !m_bRunActive) {
+                FreeImages(hDibHeader, hDibBits);
+                return -1;
+            }
+        }
+    }
+    if (prcTake) *prcTake = mapped;
+    if (pszLabel) lstrcpyA(pszLabel, label.c_str());
+    FreeImages(hDibHeader, hDibBits);
+    return result;
+}

@@ -1,0 +1,105 @@
+#include "plugin/TemplateApp.h"
+#include <new>
+#include "fw/Beep.h"
+#include "templates/Template.h"
+#include "ui/PreviewDlg.h"
+#include "ui/SelectionDlg.h"
+
+namespace {
+CTemplateApp theApp;
+}
+
+CTemplateApp& TheApp() { return theApp; }
+
+CSettings& TheSettings() { return theApp.m_settings; }
+
+CTemplateApp::~CTemplateApp() {
+    delete m_pTemplate;
+    m_pTemplate = nullptr;
+    delete m_pPreviewDlg;
+    m_pPreviewDlg = nullptr;
+}
+
+BOOL CTemplateApp::Initialize(const char* pszBasePath) {
+    std::string base = pszBasePath ? pszBasePath : "";
+    if (base.empty()) return FALSE;
+    if (base.back() != '\\') base += '\\';
+    return InitPaths(base);
+}
+
+BOOL CTemplateApp::InitPaths(const std::string& base) {
+    m_strBasePath = base;
+    m_strCatalogPath = m_strBasePath + "Template\\" + "Zemblax.ini";
+    m_bInitialized = TRUE;
+    return TRUE;
+}
+
+BOOL CTemplateApp::Start(HWND hwndHost) {
+    if (!::IsWindow(hwndHost) || !m_bInitialized) {
+        fw::Beep(MB_ICONHAND);
+        return FALSE;
+    }
+    return StartRun(hwndHost);
+}
+
+BOOL CTemplateApp::Stop() { return m_bInitialized ? StopRun() : FALSE; }
+
+BOOL CTemplateApp::Uninitialize() {
+    m_bInitialized = FALSE;
+    return TRUE;
+}
+
+BOOL CTemplateApp::Configure(HWND hwndHost) {
+    if (!::IsWindow(hwndHost) || !m_bInitialized) {
+        fw::Beep(MB_ICONHAND);
+        return FALSE;
+    }
+    return RunConfiguration(hwndHost);
+}
+
+BOOL CTemplateApp::StartRun(HWND host) {
+    CSelectionDlg selection(m_strCatalogPath, host);
+    if (!m_settings.Load(m_strCatalogPath)) return FALSE;
+    if (selection.DoModal() != IDOK) return FALSE;
+    delete m_pTemplate;
+    m_pTemplate = new (std::nothrow) CTemplate;
+    if (!m_pTemplate) return FALSE;
+    if (!m_pTemplate->Load(selection.GetSelectedNumber(), m_strCatalogPath)) return FALSE;
+    m_nPosition = 1;
+    m_bRunActive = TRUE;
+    if (!m_pPreviewDlg) m_pPreviewDlg = new (std::nothrow) CPreviewDlg(host);
+    if (!m_pPreviewDlg) return FALSE;
+    m_pPreviewDlg->SetTemplate(m_pTemplate);
+    if (!m_pPreviewDlg->Create(host)) return FALSE;
+    RECT r;
+    ::GetWindowRect(host, &r);
+    const SIZE size = m_settings.GetTakeDlgSize();
+    // The host's height, not its bottom edge: on a host at the top of the
+    // screen this is its bottom-left corner.
+    m_pPreviewDlg->PlaceWindow(r.left, (r.bottom - r.top) - size.cy, size.cx, size.cy, TRUE);
+    ::ShowWindow(m_pPreviewDlg->hwnd(), SW_SHOW);
+    ::UpdateWindow(m_pPreviewDlg->hwnd());
+    return TRUE;
+}
+
+BOOL CTemplateApp::StopRun() {
+    if (!m_bRunActive) return FALSE;
+    m_bRunActive = FALSE;
+    m_nPosition = 0;
+    if (m_pPreviewDlg) {
+        m_pPreviewDlg->EndDialog(1);
+        m_pPreviewDlg->DestroyWindow();
+        delete m_pPreviewDlg;
+        m_pPreviewDlg = nullptr;
+    }
+    delete m_pTemplate;
+    m_pTemplate = nullptr;
+    return TRUE;
+}
+
+BOOL CTemplateApp::RunConfiguration(HWND) {
+    if (!m_settings.Load(m_strCatalogPath)) return FALSE;
+    // The template designer opens here once it exists; until then the
+    // settings are checked and nothing is shown.
+    return TRUE;
+}

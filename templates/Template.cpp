@@ -1,0 +1,135 @@
+#include "templates/Template.h"
+#include <cstdio>
+#include "dib/Dib.h"
+#include "settings/Settings.h"
+
+CTemplate::CTemplate() { Reset(); }
+
+void CTemplate::Reset() {
+    m_strName = TheSettings().GetDefaultName();
+    m_bModified = FALSE;
+    m_nNumber = 0;
+    m_takes.clear();
+}
+
+std::string CTemplate::FolderOf(const std::string& catalog) {
+    size_t slash = catalog.find_last_of('\\');
+    return slash == std::string::npos ? std::string() : catalog.substr(0, slash + 1);
+}
+
+std::string CTemplate::SectionName(int number) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "Template%d", number);
+    return buf;
+}
+
+CTake* CTemplate::GetTake(int index) const {
+    return index >= 0 && index < GetTakeCount() ? m_takes[index].get() : nullptr;
+}
+
+bool CTemplate::AddTake(CTake* take) {
+    m_bModified = TRUE;
+    m_takes.emplace_back(take);
+    Renumber();
+    return true;
+}
+
+bool CTemplate::InsertTake(int index, CTake* take) {
+    m_bModified = TRUE;
+    if (index < 0 || index >= GetTakeCount()) return AddTake(take);
+    m_takes.emplace(m_takes.begin() + index, take);
+    Renumber();
+    return true;
+}
+
+bool CTemplate::RemoveTake(int index) {
+    m_bModified = TRUE;
+    if (!GetTake(index)) return false;
+    m_takes.erase(m_takes.begin() + index);
+    Renumber();
+    return true;
+}
+
+void CTemplate::Renumber() {
+    m_bModified = TRUE;
+    for (int i = 0; i < GetTakeCount(); ++i) m_takes[i]->SetPosition(i);
+}
+
+bool CTemplate::IsModified() {
+    if (m_takes.empty()) {
+        m_bModified = FALSE;
+        return false;
+    }
+    for (const auto& t : m_takes)
+        if (t->IsModified()) m_bModified = TRUE;
+    return m_bModified != 0;
+}
+
+bool CTemplate::AllTakesHaveTeeth() const {
+    for (const auto& t : m_takes)
+        if (!t->HasTeeth()) return false;
+    return true;
+}
+
+bool CTemplate::Load(int number, const std::string& catalog) {
+    Reset();
+    m_nNumber = number;
+    const std::string section = SectionName(number);
+    char name[256];
+    ::GetPrivateProfileStringA(section.c_str(), "Name", "", name, sizeof name, catalog.c_str());
+    m_strName = name;
+    const std::string file = FolderOf(catalog) + section + ".ini";
+    for (int k = 1; GetTakeCount() <= kMaxTakes * 8; ++k) {
+        char take[64];
+        std::snprintf(take, sizeof take, "Take_%d_%d", number, k);
+        if (::GetPrivateProfileIntA(take, "Sensor", 0, file.c_str()) == 0) return true;
+        auto t = std::make_unique<CTake>();
+        if (!t->Read(number, k, file)) {
+            Reset();
+            return false;
+        }
+        m_takes.push_back(std::move(t));
+    }
+    return true;
+}
+
+bool CTemplate::Save(HBITMAP thumbnail, const std::string& catalog, bool keepNumber) {
+    const char* cat = catalog.c_str();
+    if (!keepNumber) {
+        for (int m = 1;; ++m) {
+            char name[256];
+            ::GetPrivateProfileStringA(SectionName(m).c_str(), "Name", "", name, sizeof name, cat);
+            if (!*name) {
+                m_nNumber = m;
+                break;
+            }
+        }
+    }
+    const std::string section = SectionName(m_nNumber);
+    const std::string folder = FolderOf(catalog);
+    const std::string file = folder + section + ".ini";
+    ::WritePrivateProfileStringA(section.c_str(), nullptr, nullptr, cat);
+    for (int k = 1;; ++k) {
+        char take[64], sensor[256];
+        std::snprintf(take, sizeof take, "Take_%d_%d", m_nNumber, k);
+        ::GetPrivateProfileStringA(take, "Sensor", "", sensor, sizeof sensor, file.c_str());
+        if (!*sensor) break;
+        ::WritePrivateProfileStringA(take, nullptr, nullptr, file.c_str());
+    }
+    fw::UniqueGlobal dib(BitmapToDib(thumbnail, BI_RGB, 0, nullptr));
+    if (!WriteDibFile(folder + section + ".bmp", dib.get())) return false;
+    dib.reset();
+    ::WritePrivateProfileStringA(section.c_str(), "Name", m_strName.c_str(), cat);
+    for (int i = 0; i < GetTakeCount(); ++i)
+        if (!m_takes[i]->Write(m_nNumber, i + 1, file)) return false;
+    m_bModified = FALSE;
+    return true;
+}
+
+bool CTemplate::Delete(const std::string& catalog) {
+    if (!m_nNumber) return false;
+    m_bModified = FALSE;
+    ::WritePrivateProfileStringA(SectionName(m_nNumber).c_str(), "Deleted", "1", catalog.c_str());
+    Reset();
+    return true;
+}

@@ -1,0 +1,58 @@
+#include "RunSupport.h"
+#include <commctrl.h>
+#include <cstring>
+
+void ChooseTemplate(DialogDriver& d, int index) {
+    HWND dlg = d.WaitFor(15014);
+    if (!dlg) return;
+    HWND list = GetDlgItem(dlg, 15014);
+    LVITEMA item{};
+    item.stateMask = item.state = LVIS_SELECTED | LVIS_FOCUSED;
+    SendMessageA(list, LVM_SETITEMSTATE, index, reinterpret_cast<LPARAM>(&item));
+    DialogDriver::Click(dlg, IDOK);
+    DialogDriver::WaitGone(dlg);
+}
+
+Images MakeImages(int width, int height) {
+    Images im;
+    im.header = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, sizeof(BITMAPINFOHEADER) + 256 * 4);
+    const int row = (width + 3) & ~3;
+    im.bits = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, static_cast<SIZE_T>(row) * height);
+    auto* bi = static_cast<BITMAPINFO*>(GlobalLock(im.header));
+    bi->bmiHeader = {sizeof(BITMAPINFOHEADER), width, height, 1, 8, BI_RGB};
+    for (int i = 0; i < 256; ++i)
+        bi->bmiColors[i] = {static_cast<BYTE>(i), static_cast<BYTE>(i), static_cast<BYTE>(i), 0};
+    GlobalUnlock(im.header);
+    auto* bits = static_cast<BYTE*>(GlobalLock(im.bits));
+    for (int i = 0; i < row * height; ++i) bits[i] = static_cast<BYTE>(i % 251);
+    GlobalUnlock(im.bits);
+    return im;
+}
+
+bool IsFreed(HGLOBAL h) { return GlobalFlags(h) == GMEM_INVALID_HANDLE; }
+
+Delivery Next(HWND host, Images images, bool stepBackAndAsk, const RECT& hostRect) {
+    Delivery d;
+    char label[64];
+    std::memset(label, 'x', sizeof label);
+    label[63] = 0;
+    d.result = PluginHost::Get().GetNext(host, images.header, images.bits, &hostRect, label,
+                                         &d.orientation, &d.rect, stepBackAndAsk, &d.done);
+    d.label = label;
+    return d;
+}
+
+bool StartOn(const Catalog& cat, HWND host, int index) {
+    PluginHost& p = PluginHost::Get();
+    p.Initialize(cat.base().c_str());
+    return WithUser<BOOL>([&] { return p.Start(host); },
+                          [&](DialogDriver& d) { ChooseTemplate(d, index); }) != FALSE;
+}
+
+void ResetModule() {
+    PluginHost& p = PluginHost::Get();
+    p.Initialize("C:\\");
+    p.Stop();
+    p.Uninitialize();
+    TakeBeeps();
+}

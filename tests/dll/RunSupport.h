@@ -1,0 +1,63 @@
+// Runs the module's exported calls on the test thread while a DialogDriver
+// answers its dialogs from a second thread.
+#pragma once
+#include <atomic>
+#include <functional>
+#include <ostream>
+#include <future>
+#include <string>
+#include <vector>
+#include "Catalog.h"
+#include "DialogDriver.h"
+#include "PluginHost.h"
+
+inline bool operator==(const RECT& a, const RECT& b) { return EqualRect(&a, &b) != FALSE; }
+inline std::ostream& operator<<(std::ostream& os, const RECT& r) {
+    return os << "(" << r.left << "," << r.top << "," << r.right << "," << r.bottom << ")";
+}
+
+// Runs `call` here and `user` on a second thread; returns call's result.
+template <typename R>
+R WithUser(const std::function<R()>& call, const std::function<void(DialogDriver&)>& user) {
+    DialogDriver driver;
+    std::atomic<bool> returned{false};
+    auto done = std::async(std::launch::async, [&] {
+        user(driver);
+        for (int i = 0; !returned && i < 100; ++i) {
+            Sleep(100);
+            if (i >= 20) driver.DismissAll();  // the script failed or gave up
+        }
+    });
+    R r = call();
+    returned = true;
+    done.get();
+    return r;
+}
+
+// Picks the list entry `index` of the selection dialog and presses OK.
+void ChooseTemplate(DialogDriver& d, int index);
+
+struct Delivery {
+    int result = 0;
+    std::string label;
+    int orientation = -1;
+    RECT rect{};
+    BOOL done = FALSE;
+};
+
+// An exposure: a 8-bit grey DIB in two global blocks, as a host passes it.
+struct Images {
+    HGLOBAL header = nullptr;
+    HGLOBAL bits = nullptr;
+};
+Images MakeImages(int width = 64, int height = 48);
+bool IsFreed(HGLOBAL h);
+
+// One GetNext call with a host rectangle of 844 x 698.
+Delivery Next(HWND host, Images images, bool stepBackAndAsk = false,
+              const RECT& hostRect = {0, 0, 844, 698});
+
+// Starts a run on `cat`, choosing list entry `index`; asserts that it started.
+bool StartOn(const Catalog& cat, HWND host, int index = 0);
+// Resets the module between tests: no run, not initialised.
+void ResetModule();

@@ -1,0 +1,162 @@
+// The template selection dialog as Start shows it: which entries it lists,
+// its two modes, and which template the run then uses.
+#include <gtest/gtest.h>
+#include <windows.h>
+#include <commctrl.h>
+#include <cstdio>
+#include "RunSupport.h"
+
+namespace {
+
+constexpr int kList = 15014, kPreviewBox = 15029;
+
+std::vector<std::string> ListTexts(HWND dlg) {
+    HWND list = GetDlgItem(dlg, kList);
+    std::vector<std::string> out;
+    const int n = static_cast<int>(SendMessageA(list, LVM_GETITEMCOUNT, 0, 0));
+    for (int i = 0; i < n; ++i) {
+        char buf[260] = {};
+        LVITEMA item{};
+        item.iSubItem = 0;
+        item.pszText = buf;
+        item.cchTextMax = sizeof buf;
+        SendMessageA(list, LVM_GETITEMTEXTA, i, reinterpret_cast<LPARAM>(&item));
+        out.push_back(buf);
+    }
+    return out;
+}
+
+class Selection : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(p.loaded);
+        ResetModule();
+    }
+    void TearDown() override { ResetModule(); }
+
+    // Starts a run, lets `user` work the selection dialog; the first delivery's label.
+    std::string StartAndFirstLabel(const std::function<void(HWND)>& user) {
+        p.Initialize(cat.base().c_str());
+        BOOL ok = WithUser<BOOL>([&] { return p.Start(host.hwnd()); }, [&](DialogDriver& d) {
+            HWND dlg = d.WaitFor(kList);
+            ASSERT_NE(nullptr, dlg);
+            user(dlg);
+        });
+        if (!ok) return "<no run>";
+        std::string label = Next(host.hwnd(), {}).label;
+        p.Stop();
+        return label;
+    }
+
+    static void Select(HWND dlg, int index) {
+        LVITEMA item{};
+        item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+        item.state = index >= 0 ? item.stateMask : 0;
+        SendMessageA(GetDlgItem(dlg, kList), LVM_SETITEMSTATE, index >= 0 ? index : -1,
+                     reinterpret_cast<LPARAM>(&item));
+    }
+
+    PluginHost& p = PluginHost::Get();
+    HostWindow host;
+    Catalog cat;
+};
+
+TEST_F(Selection, ListsTheEntriesWithoutDeletedMarkAndReturnsTheChosenNumber) {
+    cat.AddTemplate(1, "A", {{"11"}});
+    cat.AddTemplate(2, "B", {{"21"}}, true);
+    cat.AddTemplate(3, "C", {{"31"}});
+    std::vector<std::string> texts;
+    bool thumbnails = true;
+    std::string caption;
+    std::string label = StartAndFirstLabel([&](HWND dlg) {
+        texts = ListTexts(dlg);
+        caption = DialogDriver::Text(dlg);
+        thumbnails = IsDlgButtonChecked(dlg, kPreviewBox) == BST_CHECKED;
+        Select(dlg, 1);
+        DialogDriver::Click(dlg, IDOK);
+    });
+    EXPECT_EQ((std::vector<std::string>{"A", "C"}), texts);
+    EXPECT_EQ("Aufnahmeschema w\xE4hlen", caption);
+    EXPECT_FALSE(thumbnails) << "a fresh catalog shows names";
+    EXPECT_EQ("31", label) << "choosing C runs template 3";
+}
+
+TEST_F(Selection, AGapInTheCatalogHidesWhatFollows) {
+    cat.AddTemplate(1, "A", {{"11"}});
+    cat.AddTemplate(3, "C", {{"31"}});
+    std::vector<std::string> texts;
+    StartAndFirstLabel([&](HWND dlg) {
+        texts = ListTexts(dlg);
+        DialogDriver::Click(dlg, IDCANCEL);
+    });
+    EXPECT_EQ((std::vector<std::string>{"A"}), texts);
+}
+
+TEST_F(Selection, NumbersAreKeptAsBytes) {
+    // Template300 is reached only through 1..299; all but 44 and 300 are deleted.
+    for (int n = 1; n < 300; ++n) {
+        char name[16];
+        std::snprintf(name, sizeof name, "T%d", n);
+        cat.AddTemplate(n, name, n == 44 ? std::vector<TakeSpec>{{"44"}} : std::vector<TakeSpec>{},
+                        n != 44);
+    }
+    cat.AddTemplate(300, "T300", {{"48"}});
+    std::vector<std::string> texts;
+    std::string label = StartAndFirstLabel([&](HWND dlg) {
+        texts = ListTexts(dlg);
+        Select(dlg, 1);
+        DialogDriver::Click(dlg, IDOK);
+    });
+    EXPECT_EQ((std::vector<std::string>{"T44", "T300"}), texts);
+    EXPECT_EQ("44", label) << "number 300 comes back as 300 modulo 256";
+}
+
+TEST_F(Selection, ModeIsReadAndWrittenAtOnce) {
+    cat.AddTemplate(1, "A", {{"11"}});
+    cat.Set("SelectionDlg", "Mode", "7");
+    bool checked = false;
+    std::string afterFirst, afterSecond;
+    StartAndFirstLabel([&](HWND dlg) {
+        checked = IsDlgButtonChecked(dlg, kPreviewBox) == BST_CHECKED;
+        HWND box = GetDlgItem(dlg, kPreviewBox);
+        SendMessageA(box, BM_CLICK, 0, 0);
+        afterFirst = testing_support::IniString(cat.ini(), "SelectionDlg", "Mode");
+        SendMessageA(box, BM_CLICK, 0, 0);
+        afterSecond = testing_support::IniString(cat.ini(), "SelectionDlg", "Mode");
+        DialogDriver::Click(dlg, IDCANCEL);
+    });
+    EXPECT_TRUE(checked) << "any non-zero Mode means thumbnails";
+    EXPECT_EQ("0", afterFirst);
+    EXPECT_EQ("1", afterSecond) << "written even though the dialog is cancelled";
+}
+
+TEST_F(Selection, OkWithNothingSelectedBeepsAndStays) {
+    cat.AddTemplate(1, "A", {{"11"}});
+    bool stayed = false;
+    std::string label = StartAndFirstLabel([&](HWND dlg) {
+        Select(dlg, -1);
+        DialogDriver::Click(dlg, IDOK);
+        Sleep(300);
+        stayed = IsWindowVisible(dlg) != FALSE;
+        Select(dlg, 0);
+        DialogDriver::Click(dlg, IDOK);
+    });
+    EXPECT_TRUE(stayed);
+    EXPECT_EQ("11", label);
+    EXPECT_EQ((std::vector<UINT>{MB_ICONASTERISK}), TakeBeeps());
+}
+
+TEST_F(Selection, EmptyCatalogOnlyCancels) {
+    std::vector<std::string> texts{"not read"};
+    std::string label = StartAndFirstLabel([&](HWND dlg) {
+        texts = ListTexts(dlg);
+        DialogDriver::Click(dlg, IDOK);
+        Sleep(200);
+        DialogDriver::Click(dlg, IDCANCEL);
+    });
+    EXPECT_TRUE(texts.empty());
+    EXPECT_EQ("<no run>", label);
+    EXPECT_EQ((std::vector<UINT>{MB_ICONASTERISK}), TakeBeeps());
+}
+
+}  // namespace

@@ -1,0 +1,135 @@
+#include "TestSupport.h"
+#include <cstdio>
+#include <cstring>
+#include <winternl.h>
+#include "fw/Handle.h"
+
+namespace testing_support {
+namespace {
+std::string g_testData;
+
+std::string WindowsPath(std::string p) {
+    if (!p.empty() && p[0] == '/') p = "Z:" + p;
+    for (char& c : p)
+        if (c == '/') c = '\\';
+    if (!p.empty() && p.back() != '\\') p += '\\';
+    return p;
+}
+
+void RemoveTree(const std::string& dir) {
+    WIN32_FIND_DATAA fd;
+    HANDLE h = FindFirstFileA((dir + "*").c_str(), &fd);
+    if (h != INVALID_HANDLE_VALUE) {
+        do {
+            std::string name = fd.cFileName;
+            if (name == "." || name == "..") continue;
+            if (fd.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+                RemoveTree(dir + name + "\\");
+            else
+                DeleteFileA((dir + name).c_str());
+        } while (FindNextFileA(h, &fd));
+        FindClose(h);
+    }
+    RemoveDirectoryA(dir.c_str());
+}
+}  // namespace
+
+void ParseArgs(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i)
+        if (std::strncmp(argv[i], "--testdata=", 11) == 0) g_testData = WindowsPath(argv[i] + 11);
+}
+
+const std::string& TestData() { return g_testData; }
+
+bool Exists(const std::string& path) { return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
+ScratchDir::ScratchDir() {
+    static int counter = 0;
+    char temp[MAX_PATH];
+    GetTempPathA(MAX_PATH, temp);
+    char name[64];
+    std::snprintf(name, sizeof name, "zemblax-%lu-%d\\", GetCurrentProcessId(), ++counter);
+    m_path = std::string(temp) + name;
+    RemoveTree(m_path);
+    CreateDirectoryA(m_path.c_str(), nullptr);
+}
+
+ScratchDir::~ScratchDir() { RemoveTree(m_path); }
+
+void WriteText(const std::string& path, const std::string& text) {
+    FILE* f = std::fopen(path.c_str(), "wb");
+    if (!f) return;
+    std::fwrite(text.data(), 1, text.size(), f);
+    std::fclose(f);
+}
+
+std::string ReadText(const std::string& path) {
+    FILE* f = std::fopen(path.c_str(), "rb");
+    if (!f) return {};
+    std::string s;
+    char buf[4096];
+    size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) s.append(buf, n);
+    std::fclose(f);
+    return s;
+}
+
+std::string IniString(const std::string& file, const char* section, const char* key) {
+    char buf[1024];
+    GetPrivateProfileStringA(section, key, "\x01", buf, sizeof buf, file.c_str());
+    return std::strcmp(buf, "\x01") == 0 ? std::string("<missing>") : std::string(buf);
+}
+
+bool SectionExists(const std::string& file, const char* section) {
+    char buf[4096];
+    return GetPrivateProfileSectionA(section, buf, sizeof buf, file.c_str()) > 0;
+}
+
+int GdiObjectCount() {
+    // Wine keeps the handle table at PEB+0xF8 (x64): 24-byte entries whose
+    // upper word holds the type; bit 0x80 marks stock objects.
+    struct Entry {
+        void* object;
+        ULONG owner;
+        USHORT unique;
+        BYTE type;
+        BYTE flags;
+        void* user;
+    };
+    auto* peb = reinterpret_cast<BYTE*>(NtCurrentTeb()->ProcessEnvironmentBlock);
+    auto* table = *reinterpret_cast<Entry**>(peb + 0xF8);
+    if (!table) return -1;
+    int count = 0;
+    for (int i = 0; i < 0x4000; ++i) {
+        const Entry& e = table[i];
+        if (e.type && !(e.flags & 0x80) && e.object) ++count;
+    }
+    return count;
+}
+
+int HeapBlockCount() {
+    HANDLE heap = GetProcessHeap();
+    PROCESS_HEAP_ENTRY entry{};
+    int count = 0;
+    HeapLock(heap);
+    while (HeapWalk(heap, &entry))
+        if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) ++count;
+    HeapUnlock(heap);
+    return count;
+}
+
+std::vector<DWORD> BitmapPixels(HBITMAP bitmap, int& width, int& height) {
+    BITMAP bm{};
+    GetObjectA(bitmap, sizeof bm, &bm);
+    width = bm.bmWidth;
+    height = bm.bmHeight;
+    std::vector<DWORD> px(static_cast<size_t>(width) * height);
+    BITMAPINFOHEADER bih{sizeof bih, width, -height, 1, 32, BI_RGB};
+    fw::WindowDC dc(nullptr);
+    GetDIBits(dc.get(), bitmap, 0, height, px.data(), reinterpret_cast<BITMAPINFO*>(&bih),
+              DIB_RGB_COLORS);
+    for (DWORD& p : px) p &= 0xFFFFFF;
+    return px;
+}
+
+}  // namespace testing_support

@@ -1,0 +1,43 @@
+// Helpers shared by the test programs: test data folders, scratch folders,
+// INI files, and counters for GDI objects and heap blocks (leak checks).
+#pragma once
+#include <windows.h>
+#include <string>
+#include <vector>
+
+namespace testing_support {
+
+// Parses --testdata=<path> (a Unix path from CTest) out of argv.
+void ParseArgs(int argc, char** argv);
+// Windows path of the prepared test data, with a trailing backslash.
+const std::string& TestData();
+bool Exists(const std::string& path);
+
+// A fresh, empty folder below %TEMP%; removed with its files at destruction.
+class ScratchDir {
+public:
+    ScratchDir();
+    ~ScratchDir();
+    ScratchDir(const ScratchDir&) = delete;
+    ScratchDir& operator=(const ScratchDir&) = delete;
+    const std::string& path() const { return m_path; }  // with trailing backslash
+    std::string File(const std::string& name) const { return m_path + name; }
+
+private:
+    std::string m_path;
+};
+
+void WriteText(const std::string& path, const std::string& text);
+std::string ReadText(const std::string& path);
+std::string IniString(const std::string& file, const char* section, const char* key);
+bool SectionExists(const std::string& file, const char* section);
+
+// Live GDI objects of this process (stock objects not counted).
+int GdiObjectCount();
+// Busy blocks of the process heap, where global memory blocks live.
+int HeapBlockCount();
+
+// A screen-compatible bitmap's pixels as 0x00RRGGBB, top row first.
+std::vector<DWORD> BitmapPixels(HBITMAP bitmap, int& width, int& height);
+
+}  // namespace testing_support

@@ -1,0 +1,135 @@
+#include "ui/SelectionDlg.h"
+#include <commctrl.h>
+#include <cstdio>
+#include "dib/Dib.h"
+#include "fw/Beep.h"
+#include "res/resource.h"
+#include "templates/Template.h"
+#include "text/TextService.h"
+
+namespace {
+constexpr int kThumbWidth = 200, kThumbHeight = 150;
+}
+
+CSelectionDlg::CSelectionDlg(const std::string& catalogPath, HWND parent)
+    : fw::Dialog(IDD_SELECTION, parent),
+      m_strCatalogPath(catalogPath),
+      m_textImages(::ImageList_Create(1, 1, ILC_COLOR | ILC_MASK, 1, 1)),
+      m_thumbnails(::ImageList_Create(kThumbWidth, kThumbHeight, ILC_COLOR24, 1, 1)) {}
+
+BOOL CSelectionDlg::OnInitDialog() {
+    fw::Dialog::OnInitDialog();
+    BeginTexts("ZEMBLAX", 0, nullptr, "");
+    CTextService& ts = GetTextService();
+    ts.TranslateWindow(hwnd(), IDD_SELECTION, kTextDialog);
+    ts.TranslateControl(Item(IDC_SELECTION_PREVIEW), kTextDialog);
+    ts.TranslateControl(Item(IDOK), kTextString);
+    ts.TranslateControl(Item(IDCANCEL), kTextString);
+    EndTexts();
+
+    HWND list = List();
+    ListView_SetExtendedListViewStyle(
+        list, ListView_GetExtendedListViewStyle(list) | LVS_EX_FULLROWSELECT);
+    RECT client;
+    ::GetClientRect(list, &client);
+    LVCOLUMNA col{};
+    col.mask = LVCF_FMT | LVCF_WIDTH | LVCF_TEXT;
+    col.fmt = LVCFMT_LEFT;
+    col.cx = client.right - ::GetSystemMetrics(SM_CXVSCROLL);
+    col.pszText = const_cast<char*>("");
+    ::SendMessageA(list, LVM_INSERTCOLUMNA, 0, reinterpret_cast<LPARAM>(&col));
+
+    const char* catalog = m_strCatalogPath.c_str();
+    const std::string folder = CTemplate::FolderOf(m_strCatalogPath);
+    for (int n = 1;; ++n) {
+        const std::string section = CTemplate::SectionName(n);
+        char name[260];
+        ::GetPrivateProfileStringA(section.c_str(), "Name", "", name, sizeof name, catalog);
+        if (!*name) break;
+        if (::GetPrivateProfileIntA(section.c_str(), "Deleted", 0, catalog)) continue;
+        AddTemplateEntry(n, name, folder + section + ".bmp");
+    }
+    const bool thumbs = ::GetPrivateProfileIntA("SelectionDlg", "Mode", 0, catalog) != 0;
+    FillList(thumbs);
+    ::CheckDlgButton(hwnd(), IDC_SELECTION_PREVIEW, thumbs ? BST_CHECKED : BST_UNCHECKED);
+    CenterWindow();
+    return TRUE;
+}
+
+void CSelectionDlg::AddTemplateEntry(int number, const std::string& name,
+                                     const std::string& thumbnail) {
+    m_names.push_back(name);
+    m_numbers.push_back(static_cast<BYTE>(number));
+    fw::UniqueGlobal dib(ReadDibFile(thumbnail));
+    if (dib) {
+        fw::UniqueBitmap bitmap(DibToBitmap(dib.get(), nullptr));
+        dib.reset();
+        if (bitmap) {
+            ::ImageList_AddMasked(m_thumbnails.get(), bitmap.get(), RGB(0, 0, 0));
+            return;
+        }
+    }
+    AddPlaceholder();
+}
+
+void CSelectionDlg::AddPlaceholder() {
+    fw::WindowDC dc(hwnd());
+    fw::UniqueDC memory(::CreateCompatibleDC(dc.get()));
+    fw::UniqueBitmap black(::CreateCompatibleBitmap(dc.get(), kThumbWidth, kThumbHeight));
+    {
+        fw::SelectObj sel(memory.get(), black.get());
+        ::PatBlt(memory.get(), 0, 0, kThumbWidth, kThumbHeight, BLACKNESS);
+    }
+    ::ImageList_AddMasked(m_thumbnails.get(), black.get(), RGB(0, 0, 0));
+}
+
+void CSelectionDlg::FillList(bool bThumbnails) {
+    HWND list = List();
+    ListView_DeleteAllItems(list);
+    ListView_SetImageList(list, bThumbnails ? m_thumbnails.get() : m_textImages.get(), LVSIL_SMALL);
+    for (size_t i = 0; i < m_names.size(); ++i) {
+        LVITEMA item{};
+        item.mask = LVIF_TEXT | (bThumbnails ? LVIF_IMAGE : 0);
+        item.iItem = static_cast<int>(i);
+        item.iImage = static_cast<int>(i);
+        item.pszText = const_cast<char*>(m_names[i].c_str());
+        ::SendMessageA(list, LVM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&item));
+    }
+    if (!m_names.empty()) {
+        ListView_EnsureVisible(list, 0, TRUE);
+        ListView_SetItemState(list, 0, LVIS_SELECTED | LVIS_FOCUSED,
+                              LVIS_SELECTED | LVIS_FOCUSED);
+    }
+}
+
+void CSelectionDlg::OnOK() {
+    const int index = ListView_GetNextItem(List(), -1, LVNI_SELECTED);
+    if (index < 0) {
+        fw::Beep(MB_ICONASTERISK);
+        return;
+    }
+    if (index < static_cast<int>(m_numbers.size())) {
+        m_nSelectedNumber = m_numbers[index];
+        EndDialog(IDOK);
+    }
+}
+
+bool CSelectionDlg::OnCommand(WORD id, WORD code, HWND control) {
+    if (id == IDC_SELECTION_PREVIEW && code == BN_CLICKED) {
+        const bool thumbs = ::IsDlgButtonChecked(hwnd(), IDC_SELECTION_PREVIEW) == BST_CHECKED;
+        FillList(thumbs);
+        ::WritePrivateProfileStringA("SelectionDlg", "Mode", thumbs ? "1" : "0",
+                                     m_strCatalogPath.c_str());
+        return true;
+    }
+    return fw::Dialog::OnCommand(id, code, control);
+}
+
+bool CSelectionDlg::OnNotify(NMHDR* header, LRESULT& result) {
+    if (header->idFrom == IDC_SELECTION_LIST && header->code == NM_DBLCLK) {
+        result = 0;
+        OnOK();
+        return true;
+    }
+    return false;
+}

@@ -1,0 +1,36 @@
+// Lets the user pick a template of the catalog, as names or as thumbnails.
+// Returns the chosen number; loads nothing itself.
+#pragma once
+#include <windows.h>
+#include <string>
+#include <vector>
+#include "fw/Dialog.h"
+#include "fw/Handle.h"
+
+class CSelectionDlg : public fw::Dialog {
+public:
+    CSelectionDlg(const std::string& catalogPath, HWND parent);
+
+    int GetSelectedNumber() const { return m_nSelectedNumber; }
+    // Entries as listed: numbers are kept as bytes.
+    int GetEntryCount() const { return static_cast<int>(m_names.size()); }
+
+protected:
+    BOOL OnInitDialog() override;
+    void OnOK() override;
+    bool OnCommand(WORD id, WORD code, HWND control) override;
+    bool OnNotify(NMHDR* header, LRESULT& result) override;
+
+private:
+    void AddTemplateEntry(int number, const std::string& name, const std::string& thumbnail);
+    void AddPlaceholder();
+    void FillList(bool bThumbnails);
+    HWND List() const { return Item(15014); }
+
+    int m_nSelectedNumber = 0;
+    std::string m_strCatalogPath;
+    std::vector<BYTE> m_numbers;
+    std::vector<std::string> m_names;
+    fw::UniqueImageList m_textImages;
+    fw::UniqueImageList m_thumbnails;
+};

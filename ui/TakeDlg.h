@@ -1,0 +1,41 @@
+// Shows the exposure just taken and lets the user go on, repeat, skip or end.
+// Closes itself after the preview time-out as if Weiter had been pressed.
+#pragma once
+#include <windows.h>
+#include "fw/Dialog.h"
+
+class CTakeDlg : public fw::Dialog {
+public:
+    // Result codes of DoModal.
+    enum { kQuit = 1, kNext = 2, kBack = 3, kSkip = 4 };
+
+    explicit CTakeDlg(HWND parent = nullptr);
+
+    void SetImages(HGLOBAL hDibHeader, HGLOBAL hDibBits) {
+        m_hDibHeader = hDibHeader;
+        m_hDibBits = hDibBits;
+    }
+    void SetNoAutoAdvance(BOOL bNoAutoAdvance) { m_bNoAutoAdvance = bNoAutoAdvance; }
+
+    // Where an image of iw x ih lands in a picture area of rw x rh: never
+    // enlarged, reduced by one factor, centred.
+    static RECT FitImage(const RECT& target, int iw, int ih);
+
+protected:
+    BOOL OnInitDialog() override;
+    void OnOK() override;
+    bool OnCommand(WORD id, WORD code, HWND control) override;
+    void OnTimer(UINT_PTR id) override;
+    bool OnDrawItem(UINT id, DRAWITEMSTRUCT* item) override;
+
+private:
+    void PlaceWindow();
+    void EndRemembering(int code);
+    bool DrawImage(const DRAWITEMSTRUCT& item);
+
+    HGLOBAL m_hDibHeader = nullptr;
+    HGLOBAL m_hDibBits = nullptr;
+    UINT_PTR m_nTimerId = 0;
+    BOOL m_bNoAutoAdvance = FALSE;
+    RECT m_rcPlacement{};
+};
