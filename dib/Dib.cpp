@@ -221,6 +221,9 @@ HGLOBAL BitmapToDib(HBITMAP bitmap, DWORD compression, WORD bits, HPALETTE palet
                         DIB_RGB_COLORS);
             std::memcpy(&h, p.get(), sizeof h);
         }
+        // The system answers BI_BITFIELDS for 16- and 32-bit screens; the
+        // block has no room for masks, so the pixels keep the asked-for form.
+        if (h.biCompression == BI_BITFIELDS && compression == BI_RGB) h.biCompression = BI_RGB;
         if (h.biSizeImage == 0) {
             h.biSizeImage = ((static_cast<DWORD>(bits) * h.biWidth + 31) >> 5) * h.biHeight * 4;
             if (compression != BI_RGB) h.biSizeImage = h.biSizeImage * 3 / 2;

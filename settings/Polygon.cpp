@@ -56,9 +56,15 @@ bool CPolygon::CreateRegion(fw::UniqueRgn& region) const {
         p.x += m_nOffsetX;
         p.y += m_nOffsetY;
     }
-    HRGN h = ::CreatePolygonRgn(pts.data(), static_cast<int>(pts.size()), WINDING);
-    region.reset(h);
-    return h != nullptr;
+    return Make(region, pts);
+}
+
+// A polygon without area (all vertices on one line) gives no usable region.
+bool CPolygon::Make(fw::UniqueRgn& region, const std::vector<POINT>& pts) {
+    region.reset(::CreatePolygonRgn(pts.data(), static_cast<int>(pts.size()), WINDING));
+    RECT box;
+    if (region && ::GetRgnBox(region.get(), &box) == NULLREGION) region.reset();
+    return region.get() != nullptr;
 }
 
 bool CPolygon::CreateRegionCentered(fw::UniqueRgn& region, int cx, int cy) const {
@@ -70,9 +76,7 @@ bool CPolygon::CreateRegionCentered(fw::UniqueRgn& region, int cx, int cy) const
         p.x += cx - w / 2;
         p.y += cy - h / 2;
     }
-    HRGN r = ::CreatePolygonRgn(pts.data(), static_cast<int>(pts.size()), WINDING);
-    region.reset(r);
-    return r != nullptr;
+    return Make(region, pts);
 }
 
 RECT CPolygon::Box() const {

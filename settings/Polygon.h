@@ -30,6 +30,7 @@ public:
     int GetHeight() const;
 
 private:
+    static bool Make(fw::UniqueRgn& region, const std::vector<POINT>& pts);
     std::vector<POINT> Scaled() const;
     RECT Box() const;
 

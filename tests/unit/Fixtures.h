@@ -1,0 +1,43 @@
+// Settings files for the data-layer tests, loaded into the module's one
+// settings record.
+#pragma once
+#include <string>
+#include "TestSupport.h"
+#include "settings/Settings.h"
+
+// A sensor section: rectangle outline of the picture's proportions.
+inline std::string SensorSection(int n, const std::string& name, int pw, int ph) {
+    return "[Sensor" + std::to_string(n) + "]\r\nName=" + name + "\r\nPictureWidth=" +
+           std::to_string(pw) + "\r\nPictureHeight=" + std::to_string(ph) +
+           "\r\nPolygonVertices=4\r\nPolygonX1=0\r\nPolygonY1=0\r\nPolygonX2=10000\r\nPolygonY2=0\r\n"
+           "PolygonX3=10000\r\nPolygonY3=" + std::to_string(10000 * ph / pw) +
+           "\r\nPolygonX4=0\r\nPolygonY4=" + std::to_string(10000 * ph / pw) + "\r\n";
+}
+
+// Two sensors (1000 x 800 and 800 x 600) and two holders, plus `extra`.
+inline std::string StandardSettings(const std::string& extra = std::string()) {
+    return SensorSection(1, "Gross", 1000, 800) + SensorSection(2, "Klein", 800, 600) +
+           "[Holder1]\r\nName=Front\r\nColorR=255\r\nHorizontal=0\r\nVertical=1\r\n"
+           "[Holder2]\r\nName=Seite\r\nColorB=255\r\nHorizontal=1\r\nVertical=0\r\n" + extra;
+}
+
+inline bool SameRect(const RECT& a, const RECT& b) { return EqualRect(&a, &b) != FALSE; }
+
+class SettingsFile {
+public:
+    explicit SettingsFile(const std::string& text = StandardSettings()) {
+        CreateDirectoryA(m_dir.File("Template").c_str(), nullptr);
+        m_path = m_dir.File("Template\\Zemblax.ini");
+        testing_support::WriteText(m_path, text);
+        m_loaded = TheSettings().Load(m_path);
+    }
+    ~SettingsFile() { TheSettings().Reset(); }
+    const std::string& path() const { return m_path; }
+    std::string folder() const { return m_dir.File("Template\\"); }
+    bool loaded() const { return m_loaded; }
+
+private:
+    testing_support::ScratchDir m_dir;
+    std::string m_path;
+    bool m_loaded;
+};

@@ -1,0 +1,197 @@
+// Templates and the catalog: round trips through the files, number search,
+// deletion, gaps and stale sections.
+#include <gtest/gtest.h>
+#include "Fixtures.h"
+#include "templates/Template.h"
+
+namespace {
+
+using testing_support::IniString;
+using testing_support::SectionExists;
+
+CTake* NewTake(std::vector<BYTE> teeth, int sensor, int x, int y) {
+    auto* t = new CTake;
+    t->SetTeeth(teeth);
+    t->SetSensor(sensor);
+    for (int i = 0; i < 3; ++i) t->ZoomOut();
+    t->MoveTo(x, y);
+    return t;
+}
+
+// A 200 x 150 screen bitmap, as the canvas renders a thumbnail.
+fw::UniqueBitmap Thumbnail() {
+    fw::WindowDC screen(nullptr);
+    fw::UniqueBitmap b(CreateCompatibleBitmap(screen.get(), 200, 150));
+    fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
+    fw::SelectObj sel(dc.get(), b.get());
+    PatBlt(dc.get(), 0, 0, 200, 150, WHITENESS);
+    return b;
+}
+
+class Catalog : public testing::Test {
+protected:
+    std::string Cat() const { return settings.path(); }
+    std::string File(const std::string& name) const { return settings.folder() + name; }
+    void Put(const char* section, const char* key, const char* value) {
+        WritePrivateProfileStringA(section, key, value, Cat().c_str());
+    }
+    SettingsFile settings;
+    fw::UniqueBitmap thumb = Thumbnail();
+};
+
+TEST_F(Catalog, SavedTemplateLoadsBackWithEveryField) {
+    CTemplate t;
+    EXPECT_EQ("Unbenannt", t.GetName());
+    t.SetName("Status \xC4rger");
+    t.AddTake(NewTake({18, 17, 16}, 1, 100, 80));
+    t.AddTake(NewTake({11, 21}, 2, 400, 300));
+    t.GetTake(1)->Rotate();
+    t.GetTake(1)->SetHolder(1);
+    ASSERT_TRUE(t.IsModified());
+    ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
+    EXPECT_EQ(1, t.GetNumber());
+    EXPECT_FALSE(t.IsModified());
+    EXPECT_TRUE(testing_support::Exists(File("Template1.bmp")));
+
+    CTemplate back;
+    ASSERT_TRUE(back.Load(1, Cat()));
+    EXPECT_EQ("Status \xC4rger", back.GetName());
+    ASSERT_EQ(2, back.GetTakeCount());
+    for (int i = 0; i < 2; ++i) {
+        const CTake* a = t.GetTake(i);
+        const CTake* b = back.GetTake(i);
+        EXPECT_EQ(a->GetTeeth(), b->GetTeeth());
+        EXPECT_EQ(a->GetSensor(), b->GetSensor());
+        EXPECT_EQ(a->GetHolder(), b->GetHolder());
+        EXPECT_EQ(a->IsVertical(), b->IsVertical());
+        EXPECT_EQ(a->GetZoomNumerator(), b->GetZoomNumerator());
+        EXPECT_EQ(a->GetZoomDenominator(), b->GetZoomDenominator());
+        EXPECT_TRUE(SameRect(a->GetRect(), b->GetRect()));
+        EXPECT_EQ(i, b->GetPosition());
+    }
+    EXPECT_FALSE(back.IsModified());
+}
+
+TEST_F(Catalog, NewNumbersSkipDeletedNamesAndStopAtGaps) {
+    Put("Template1", "Name", "A");
+    Put("Template2", "Name", "B");
+    Put("Template2", "Deleted", "1");
+    CTemplate t;
+    t.AddTake(NewTake({11}, 1, 100, 100));
+    ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
+    EXPECT_EQ(3, t.GetNumber()) << "a deleted template keeps its number";
+    Put("Template5", "Name", "E");
+    CTemplate u;
+    u.AddTake(NewTake({12}, 1, 100, 100));
+    ASSERT_TRUE(u.Save(thumb.get(), Cat(), false));
+    EXPECT_EQ(4, u.GetNumber());
+}
+
+TEST_F(Catalog, LoadStopsAtTheFirstMissingTake) {
+    testing_support::WriteText(File("Template4.ini"),
+                               "[Take_4_1]\r\nSensor=1\r\nTeeth=11\r\n"
+                               "[Take_4_2]\r\nSensor=2\r\nTeeth=12\r\n"
+                               "[Take_4_4]\r\nSensor=2\r\nTeeth=14\r\n");
+    Put("Template4", "Name", "Vier");
+    CTemplate t;
+    ASSERT_TRUE(t.Load(4, Cat()));
+    EXPECT_EQ(2, t.GetTakeCount());
+    EXPECT_EQ(4, t.GetNumber());
+}
+
+TEST_F(Catalog, AnUnknownSensorDiscardsTheWholeTemplate) {
+    testing_support::WriteText(File("Template4.ini"), "[Take_4_1]\r\nSensor=1\r\nTeeth=11\r\n"
+                                                      "[Take_4_2]\r\nSensor=9\r\nTeeth=12\r\n");
+    Put("Template4", "Name", "Vier");
+    CTemplate t;
+    EXPECT_FALSE(t.Load(4, Cat()));
+    EXPECT_EQ(0, t.GetTakeCount());
+    EXPECT_EQ(0, t.GetNumber());
+    EXPECT_EQ("Unbenannt", t.GetName());
+}
+
+TEST_F(Catalog, MissingFilesGiveAnEmptyTemplate) {
+    CTemplate t;
+    EXPECT_TRUE(t.Load(7, Cat()));
+    EXPECT_EQ(0, t.GetTakeCount());
+    EXPECT_EQ("", t.GetName());
+    EXPECT_EQ(7, t.GetNumber());
+}
+
+TEST_F(Catalog, DeleteMarksTheEntryAndSavingAgainClearsIt) {
+    CTemplate t;
+    t.SetName("D");
+    t.AddTake(NewTake({11}, 1, 100, 100));
+    EXPECT_FALSE(t.Delete(Cat())) << "an unsaved template cannot be deleted";
+    ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
+    const int n = t.GetNumber();
+    ASSERT_TRUE(t.Delete(Cat()));
+    EXPECT_EQ(0, t.GetNumber());
+    EXPECT_EQ(0, t.GetTakeCount());
+    EXPECT_EQ("1", IniString(Cat(), "Template1", "Deleted"));
+    EXPECT_EQ("D", IniString(Cat(), "Template1", "Name"));
+    EXPECT_TRUE(testing_support::Exists(File("Template1.ini")));
+    EXPECT_TRUE(testing_support::Exists(File("Template1.bmp")));
+
+    CTemplate again;
+    ASSERT_TRUE(again.Load(n, Cat()));
+    again.GetTake(0)->ToggleTooth(12);
+    ASSERT_TRUE(again.Save(thumb.get(), Cat(), true));
+    EXPECT_EQ("<missing>", IniString(Cat(), "Template1", "Deleted"));
+}
+
+TEST_F(Catalog, ShrunkTemplateLeavesNoStaleSections) {
+    CTemplate t;
+    for (int i = 0; i < 5; ++i) t.AddTake(NewTake({static_cast<BYTE>(11 + i)}, 1, 100 + 60 * i, 100));
+    ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
+    EXPECT_TRUE(SectionExists(File("Template1.ini"), "Take_1_5"));
+    t.RemoveTake(4);
+    t.RemoveTake(0);
+    ASSERT_TRUE(t.Save(thumb.get(), Cat(), true));
+    EXPECT_TRUE(SectionExists(File("Template1.ini"), "Take_1_3"));
+    EXPECT_FALSE(SectionExists(File("Template1.ini"), "Take_1_4"));
+    EXPECT_FALSE(SectionExists(File("Template1.ini"), "Take_1_5"));
+    EXPECT_EQ("12", IniString(File("Template1.ini"), "Take_1_1", "Teeth"));
+}
+
+TEST_F(Catalog, SaveWithoutThumbnailFailsAfterErasing) {
+    CTemplate t;
+    t.AddTake(NewTake({11}, 1, 100, 100));
+    ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
+    EXPECT_FALSE(t.Save(nullptr, Cat(), true));
+    EXPECT_FALSE(SectionExists(Cat(), "Template1"));
+    EXPECT_FALSE(SectionExists(File("Template1.ini"), "Take_1_1"));
+}
+
+TEST_F(Catalog, ATakeWithoutTeethStopsTheSave) {
+    CTemplate t;
+    t.SetName("Halb");
+    t.AddTake(NewTake({11}, 1, 100, 100));
+    t.AddTake(NewTake({}, 1, 300, 100));
+    t.AddTake(NewTake({13}, 1, 500, 100));
+    EXPECT_FALSE(t.AllTakesHaveTeeth());
+    EXPECT_FALSE(t.Save(thumb.get(), Cat(), false));
+    EXPECT_TRUE(SectionExists(File("Template1.ini"), "Take_1_1"));
+    EXPECT_FALSE(SectionExists(File("Template1.ini"), "Take_1_3"));
+    EXPECT_EQ("Halb", IniString(Cat(), "Template1", "Name"));
+}
+
+TEST(TemplateList, RenumberAndModifiedFlag) {
+    SettingsFile settings;
+    CTemplate t;
+    EXPECT_TRUE(t.AllTakesHaveTeeth());
+    t.AddTake(NewTake({11}, 1, 100, 100));
+    t.AddTake(NewTake({12}, 1, 200, 100));
+    t.InsertTake(0, NewTake({13}, 1, 300, 100));
+    t.InsertTake(99, NewTake({14}, 1, 400, 100));
+    ASSERT_EQ(4, t.GetTakeCount());
+    EXPECT_EQ(13, t.GetTake(0)->GetTeeth()[0]);
+    EXPECT_EQ(14, t.GetTake(3)->GetTeeth()[0]);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(i, t.GetTake(i)->GetPosition());
+    EXPECT_FALSE(t.RemoveTake(4));
+    EXPECT_EQ(nullptr, t.GetTake(-1));
+    while (t.GetTakeCount()) t.RemoveTake(0);
+    EXPECT_FALSE(t.IsModified()) << "an empty template is never modified";
+}
+
+}  // namespace
