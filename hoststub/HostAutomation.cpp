@@ -204,22 +204,29 @@ private:
 Factory<LexiconServer> g_lexiconFactory;
 Factory<OptionsManager> g_optionsFactory;
 
+// The merged classes view: Wine reads ProgIDs from HKEY_CLASSES_ROOT only;
+// where that is not writable (no rights), the user's own classes serve.
+bool SetValue(const std::string& subkey, const char* value) {
+    const DWORD size = static_cast<DWORD>(strlen(value) + 1);
+    if (RegSetKeyValueA(HKEY_CLASSES_ROOT, subkey.c_str(), nullptr, REG_SZ, value, size) ==
+        ERROR_SUCCESS)
+        return true;
+    return RegSetKeyValueA(HKEY_CURRENT_USER, ("Software\\Classes\\" + subkey).c_str(), nullptr,
+                           REG_SZ, value, size) == ERROR_SUCCESS;
+}
+
 void RegisterProgId(const char* progId, const CLSID& clsid) {
     wchar_t guid[64];
     StringFromGUID2(clsid, guid, 64);
     char guidA[64];
     WideCharToMultiByte(CP_ACP, 0, guid, -1, guidA, sizeof guidA, nullptr, nullptr);
-    std::string key = std::string("Software\\Classes\\") + progId + "\\CLSID";
-    RegSetKeyValueA(HKEY_CURRENT_USER, key.c_str(), nullptr, REG_SZ, guidA,
-                    static_cast<DWORD>(strlen(guidA) + 1));
-    key = std::string("Software\\Classes\\CLSID\\") + guidA + "\\ProgID";
-    RegSetKeyValueA(HKEY_CURRENT_USER, key.c_str(), nullptr, REG_SZ, progId,
-                    static_cast<DWORD>(strlen(progId) + 1));
+    SetValue(std::string(progId) + "\\CLSID", guidA);
+    SetValue(std::string("CLSID\\") + guidA + "\\ProgID", progId);
 }
 
 void UnregisterProgId(const char* progId) {
-    std::string key = std::string("Software\\Classes\\") + progId;
-    RegDeleteTreeA(HKEY_CURRENT_USER, key.c_str());
+    RegDeleteTreeA(HKEY_CLASSES_ROOT, progId);
+    RegDeleteTreeA(HKEY_CURRENT_USER, (std::string("Software\\Classes\\") + progId).c_str());
 }
 
 }  // namespace

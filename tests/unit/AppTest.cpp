@@ -1,0 +1,152 @@
+// The module object from inside: its paths, and the preview window of a run
+// (place, marked take, labels), which a host cannot look into.
+#include <gtest/gtest.h>
+#include <future>
+#include "../dll/DialogDriver.h"
+#include "Fixtures.h"
+#include "plugin/TemplateApp.h"
+#include "templates/Template.h"
+#include "ui/PreviewDlg.h"
+
+namespace {
+
+TEST(App, BasePathWithOrWithoutBackslashGivesOneCatalog) {
+    CTemplateApp& app = TheApp();
+    ASSERT_TRUE(app.Initialize("C:\\Data"));
+    EXPECT_EQ("C:\\Data\\", app.GetBasePath());
+    EXPECT_EQ("C:\\Data\\Template\\Zemblax.ini", app.GetCatalogPath());
+    ASSERT_TRUE(app.Initialize("C:\\Data\\"));
+    EXPECT_EQ("C:\\Data\\Template\\Zemblax.ini", app.GetCatalogPath());
+    EXPECT_FALSE(app.Initialize(""));
+    EXPECT_EQ("C:\\Data\\Template\\Zemblax.ini", app.GetCatalogPath());
+    app.Uninitialize();
+}
+
+TEST(App, MappingExamples) {
+    auto map = [](RECT take, RECT host) { return CTemplateApp::MapTakeRect(take, host); };
+    RECT r = map({70, 50, 370, 250}, {0, 0, 844, 698});
+    EXPECT_TRUE(SameRect(RECT{0, 0, 300, 200}, r));
+    r = map({70, 50, 370, 250}, {0, 0, 422, 349});
+    EXPECT_TRUE(SameRect(RECT{0, 0, 150, 100}, r));
+    r = map({70, 50, 370, 250}, {100, 100, 522, 449});
+    EXPECT_TRUE(SameRect(RECT{0, 0, 150, 100}, r)) << "the host's origin is not added";
+    r = map({170, 150, 470, 350}, {0, 0, 800, 600});
+    EXPECT_TRUE(SameRect(RECT{94, 85, 379, 257}, r));
+    r = map({914, 748, 914, 748}, {0, 0, 1688, 1396});
+    EXPECT_TRUE(SameRect(RECT{1688, 1396, 1688, 1396}, r));
+    r = map({70, 50, 914, 748}, {0, 0, 0, 0});
+    EXPECT_TRUE(SameRect(RECT{0, 0, 0, 0}, r)) << "an empty host rectangle";
+}
+
+class Preview : public testing::Test {
+protected:
+    void SetUp() override {
+        CreateDirectoryA(dir.File("Template").c_str(), nullptr);
+        ini = dir.File("Template\\Zemblax.ini");
+    }
+    void TearDown() override {
+        TheApp().StopRun();
+        TheApp().Uninitialize();
+    }
+    void Write(const std::string& application) {
+        testing_support::WriteText(
+            ini, "[Application]\r\n" + application + StandardSettings() +
+                     "[Template1]\r\nName=Drei\r\n");
+        testing_support::WriteText(
+            dir.File("Template\\Template1.ini"),
+            "[Take_1_1]\r\nSensor=2\r\nTeeth=11,12\r\nWindowPositionX=100\r\nWindowPositionY=100\r\n"
+            "ZoomDenominator=4\r\n[Take_1_2]\r\nSensor=2\r\nTeeth=21\r\nWindowPositionX=400\r\n"
+            "WindowPositionY=100\r\nZoomDenominator=4\r\n[Take_1_3]\r\nSensor=2\r\nTeeth=36\r\n"
+            "WindowPositionX=400\r\nWindowPositionY=400\r\nZoomDenominator=4\r\n");
+    }
+    bool Start(HWND host) {
+        TheApp().Initialize(dir.path().c_str());
+        DialogDriver driver;
+        auto user = std::async(std::launch::async, [&] {
+            HWND dlg = driver.WaitFor(15014);
+            if (dlg) DialogDriver::Click(dlg, IDOK);
+        });
+        const BOOL ok = TheApp().Start(host);
+        user.get();
+        return ok != FALSE;
+    }
+    int Marked() {
+        CTake* t = TheApp().GetPreview()->Canvas().GetSelectedTake();
+        return t ? t->GetPosition() : -1;
+    }
+    testing_support::ScratchDir dir;
+    std::string ini;
+};
+
+HWND MakeHost(int x, int y, int w, int h) {
+    return CreateWindowExA(0, "STATIC", "host", WS_POPUP | WS_VISIBLE, x, y, w, h, nullptr, nullptr,
+                           nullptr, nullptr);
+}
+
+TEST_F(Preview, SitsAtTheHostsLeftEdgeAndMarksTheCurrentTake) {
+    Write("");
+    HWND host = MakeHost(0, 0, 1024, 768);
+    ASSERT_TRUE(Start(host));
+    CPreviewDlg* preview = TheApp().GetPreview();
+    ASSERT_NE(nullptr, preview);
+    RECT r = preview->GetWindowRect();
+    EXPECT_EQ(0, r.left);
+    EXPECT_EQ(520, r.top) << "768 - 248: flush with the host's bottom edge";
+    EXPECT_EQ(342, r.right - r.left);
+    EXPECT_EQ(248, r.bottom - r.top);
+    RECT canvas, client;
+    GetWindowRect(preview->Canvas().hwnd(), &canvas);
+    GetClientRect(preview->hwnd(), &client);
+    EXPECT_EQ(client.right, canvas.right - canvas.left) << "the canvas fills the window";
+    EXPECT_EQ(client.bottom, canvas.bottom - canvas.top);
+    EXPECT_FALSE(preview->Canvas().IsOrderMode()) << "ShowToothNumbers=1 labels teeth";
+
+    EXPECT_EQ(2, Marked()) << "until the first delivery the last take is marked";
+    std::string label;
+    int orientation;
+    RECT out, hostRect{0, 0, 844, 698};
+    EXPECT_EQ(2, TheApp().DeliverTake(&hostRect, &label, &orientation, &out));
+    EXPECT_EQ(0, Marked());
+    EXPECT_EQ(3, TheApp().DeliverTake(&hostRect, &label, &orientation, &out));
+    EXPECT_EQ(1, Marked());
+    EXPECT_TRUE(TheApp().StepBack());  // P 3 -> 2
+    EXPECT_EQ(1, Marked()) << "the take Weiter would deliver next";
+    EXPECT_FALSE(TheApp().StepBack());
+    EXPECT_EQ(0, Marked());
+    EXPECT_TRUE(TheApp().StepForward());
+    EXPECT_FALSE(TheApp().StepForward());
+    EXPECT_EQ(2, Marked());
+    EXPECT_FALSE(TheApp().StepForward()) << "never beyond N";
+    EXPECT_EQ(3u, TheApp().GetPosition());
+    DestroyWindow(host);
+}
+
+TEST_F(Preview, HostLowerOnTheScreenAndOrderLabels) {
+    Write("ShowToothNumbers=0\r\nTakeDlgWidth=400\r\nTakeDlgHeight=300\r\n");
+    HWND host = MakeHost(50, 100, 1000, 768);
+    ASSERT_TRUE(Start(host));
+    RECT r = TheApp().GetPreview()->GetWindowRect();
+    EXPECT_EQ(50, r.left);
+    EXPECT_EQ(768 - 300, r.top) << "the host's height, not its bottom edge";
+    EXPECT_EQ(400, r.right - r.left);
+    EXPECT_TRUE(TheApp().GetPreview()->Canvas().IsOrderMode());
+    EXPECT_TRUE(TheApp().StopRun());
+    EXPECT_EQ(nullptr, TheApp().GetPreview());
+    EXPECT_EQ(nullptr, TheApp().GetTemplate());
+    DestroyWindow(host);
+}
+
+TEST_F(Preview, EscapeHidesThePreviewButTheRunGoesOn) {
+    Write("");
+    HWND host = MakeHost(0, 0, 800, 600);
+    ASSERT_TRUE(Start(host));
+    HWND preview = TheApp().GetPreview()->hwnd();
+    SendMessageA(preview, WM_COMMAND, IDCANCEL, 0);
+    EXPECT_FALSE(IsWindowVisible(preview));
+    EXPECT_EQ(2, TheApp().GetRunState());
+    EXPECT_TRUE(TheApp().StopRun());
+    EXPECT_FALSE(IsWindow(preview));
+    DestroyWindow(host);
+}
+
+}  // namespace

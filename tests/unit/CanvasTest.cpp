@@ -1,0 +1,226 @@
+// The layout canvas and its take items: pixel conversion, hit testing and
+// selection order, acquisition order by clicks, labels and the thumbnail.
+#include <gtest/gtest.h>
+#include "Fixtures.h"
+#include "layout/LayoutCanvas.h"
+#include "layout/LayoutOwner.h"
+#include "templates/Template.h"
+
+namespace {
+
+class Owner : public CLayoutOwner {
+public:
+    void UpdateChart() override { ++charts; }
+    void UpdateView() override { ++views; }
+    HWND OwnerWindow() const override { return nullptr; }
+    int charts = 0, views = 0;
+};
+
+// A popup holding a static control of the given client size, as a dialog does.
+class CanvasWindow {
+public:
+    CanvasWindow(int w, int h) {
+        m_popup = CreateWindowExA(0, "STATIC", "", WS_POPUP | WS_VISIBLE, 0, 0, w + 40, h + 40,
+                                  nullptr, nullptr, nullptr, nullptr);
+        m_control = CreateWindowExA(0, "STATIC", "", WS_CHILD | WS_VISIBLE | SS_NOTIFY, 0, 0, w,
+                                    h, m_popup, nullptr, nullptr, nullptr);
+    }
+    ~CanvasWindow() { DestroyWindow(m_popup); }
+    HWND control() const { return m_control; }
+
+private:
+    HWND m_popup, m_control;
+};
+
+CTake* NewTake(std::vector<BYTE> teeth, int x, int y, int holder = 1) {
+    auto* t = new CTake;
+    t->SetTeeth(teeth);
+    t->SetSensor(2);  // 800 x 600
+    for (int i = 0; i < 3; ++i) t->ZoomOut();  // 200 x 150
+    t->MoveTo(x, y);
+    t->SetHolder(holder);
+    return t;
+}
+
+class Canvas : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(canvas.Subclass(window.control()));
+        canvas.Init(&owner, &noFile);
+    }
+    int PositionOfSelected() const {
+        return canvas.GetSelectedTake() ? canvas.GetSelectedTake()->GetPosition() : -1;
+    }
+    void Click(int x, int y) {
+        SendMessageA(window.control(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
+    }
+    SettingsFile settings{SensorSection(1, "A", 1000, 800) + SensorSection(2, "B", 800, 600) +
+                          "[Holder1]\r\nName=H\r\nColorR=200\r\nInactiveColorB=200\r\n"
+                          "TextColorG=255\r\n"};
+    std::string noFile;
+    CanvasWindow window{256, 192};
+    Owner owner;
+    CLayoutCanvas canvas;
+    CTemplate tpl;
+};
+
+TEST_F(Canvas, TakesBecomePixelsAtOneQuarter) {
+    tpl.AddTake(NewTake({11}, 70, 50));
+    canvas.SetTemplate(&tpl);
+    ASSERT_EQ(1, canvas.GetTrackerCount());
+    const RECT r = canvas.GetTracker(0)->GetTrackerRect();
+    EXPECT_EQ(17, r.left);
+    EXPECT_EQ(12, r.top);
+    EXPECT_EQ(67, r.right);
+    EXPECT_EQ(50, r.bottom);
+}
+
+TEST_F(Canvas, OutlineVariantFollowsOrientationAndQuadrant) {
+    const std::pair<std::vector<BYTE>, int> horizontal[] = {
+        {{14, 15, 16}, 2}, {{24, 25, 26}, 0}, {{44, 45}, 2}, {{34}, 0}, {{}, 0}};
+    for (const auto& [teeth, variant] : horizontal) {
+        CTake t;
+        t.SetTeeth(teeth);
+        EXPECT_EQ(variant, CTakeTracker::OutlineVariant(t));
+    }
+    CTake v;
+    v.SetTeeth({31, 32});
+    v.SetSensor(2);
+    for (int i = 0; i < 3; ++i) v.ZoomOut();
+    v.Rotate();
+    ASSERT_TRUE(v.IsVertical());
+    EXPECT_EQ(1, CTakeTracker::OutlineVariant(v));
+    v.SetTeeth({11, 21});
+    EXPECT_EQ(3, CTakeTracker::OutlineVariant(v));
+}
+
+TEST_F(Canvas, TheTopmostTakeWinsAndAClickBringsItUp) {
+    tpl.AddTake(NewTake({11}, 100, 100));  // K
+    tpl.AddTake(NewTake({12}, 200, 150));  // L
+    tpl.AddTake(NewTake({13}, 250, 200));  // M
+    canvas.SetTemplate(&tpl);
+    EXPECT_EQ(2, PositionOfSelected()) << "the last take built stays selected";
+    canvas.SelectTake(-1);
+    EXPECT_EQ(-1, PositionOfSelected());
+    // Common area of K, L, M in layout units: (250..300, 200..250) = pixels (62..75, 50..62).
+    canvas.SelectAt({68, 55});
+    EXPECT_EQ(2, PositionOfSelected());
+    canvas.SelectAt({30, 30});  // K alone
+    EXPECT_EQ(0, PositionOfSelected());
+    canvas.SelectAt({68, 55});
+    EXPECT_EQ(0, PositionOfSelected()) << "K moved to the top";
+    const int charts = owner.charts;
+    canvas.SelectAt({200, 170});  // empty canvas
+    EXPECT_EQ(-1, PositionOfSelected());
+    EXPECT_EQ(charts + 1, owner.charts) << "the chart follows the selection";
+}
+
+TEST_F(Canvas, OrderModeNumbersTheTakesInClickOrder) {
+    tpl.AddTake(NewTake({11}, 100, 100));  // K
+    tpl.AddTake(NewTake({21}, 400, 100));  // L
+    tpl.AddTake(NewTake({31}, 100, 400));  // M
+    tpl.AddTake(NewTake({41}, 400, 400));  // N
+    canvas.SetTemplate(&tpl);
+    canvas.SetOrderMode(true);
+    auto centre = [](int x, int y) { return std::pair<int, int>{(x + 100) / 4, (y + 75) / 4}; };
+    for (auto [x, y] : {centre(400, 400), centre(100, 400), centre(400, 100), centre(100, 100)})
+        Click(x, y);
+    ASSERT_EQ(4, tpl.GetTakeCount());
+    EXPECT_EQ(41, tpl.GetTake(0)->GetTeeth()[0]);
+    EXPECT_EQ(31, tpl.GetTake(1)->GetTeeth()[0]);
+    EXPECT_EQ(21, tpl.GetTake(2)->GetTeeth()[0]);
+    EXPECT_EQ(11, tpl.GetTake(3)->GetTeeth()[0]);
+    auto [nx, ny] = centre(400, 400);
+    Click(nx, ny);
+    EXPECT_EQ(41, tpl.GetTake(3)->GetTeeth()[0]) << "past the last place: the last place";
+    EXPECT_EQ(4, canvas.GetTrackerCount());
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(i, tpl.GetTake(i)->GetPosition());
+}
+
+TEST_F(Canvas, WithoutOwnerClicksChangeNothing) {
+    CanvasWindow other(256, 192);
+    CLayoutCanvas preview;
+    ASSERT_TRUE(preview.Subclass(other.control()));
+    preview.Init(nullptr, &noFile);
+    tpl.AddTake(NewTake({11}, 100, 100));
+    tpl.AddTake(NewTake({12}, 500, 500));
+    preview.SetTemplate(&tpl);
+    preview.SelectTake(1);
+    SendMessageA(other.control(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(30, 30));
+    SendMessageA(other.control(), WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(30, 30));
+    EXPECT_EQ(1, preview.GetSelectedTake()->GetPosition());
+    EXPECT_EQ(HTTRANSPARENT, SendMessageA(other.control(), WM_NCHITTEST, 0, MAKELPARAM(30, 30)));
+    EXPECT_EQ(0, owner.charts);
+}
+
+// Green pixels in the label band of an item: the width of its label.
+int LabelWidth(CTakeTracker& t, bool orderMode, bool showOnlyActive, int w, int h) {
+    fw::WindowDC screen(nullptr);
+    fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
+    fw::UniqueBitmap bmp(CreateCompatibleBitmap(screen.get(), w, h));
+    {
+        fw::SelectObj sel(dc.get(), bmp.get());
+        SetBkMode(dc.get(), TRANSPARENT);
+        t.Paint(dc.get(), orderMode, showOnlyActive, nullptr);
+    }
+    int pw, ph;
+    auto px = testing_support::BitmapPixels(bmp.get(), pw, ph);
+    const RECT r = t.GetTrackerRect();
+    int left = w, right = -1;
+    for (int y = r.top; y < r.top + 14 && y < ph; ++y)
+        for (int x = 0; x < pw; ++x)
+            if (px[y * pw + x] == 0x00FF00u) {
+                left = std::min(left, x);
+                right = std::max(right, x);
+            }
+    return right < 0 ? 0 : right - left + 1;
+}
+
+TEST_F(Canvas, LabelsShowTeethOrOrderAndOnlyForTheActiveTake) {
+    CanvasWindow big(1024, 768);
+    CLayoutCanvas wide;
+    ASSERT_TRUE(wide.Subclass(big.control()));
+    wide.Init(&owner, &noFile);
+    tpl.AddTake(NewTake({11, 12, 13}, 300, 300));
+    tpl.AddTake(NewTake({21}, 600, 300));
+    wide.SetTemplate(&tpl);
+    CTakeTracker& first = *wide.GetTracker(0);
+    const int teethWidth = LabelWidth(first, false, false, 1024, 768);
+    const int orderWidth = LabelWidth(first, true, false, 1024, 768);
+    EXPECT_GT(teethWidth, 2 * orderWidth) << "\"11,12,13\" against \"1\"";
+    EXPECT_GT(orderWidth, 0);
+    EXPECT_EQ(0, LabelWidth(first, false, true, 1024, 768)) << "not selected: no label";
+    EXPECT_GT(LabelWidth(*wide.GetTracker(1), false, true, 1024, 768), 0);
+}
+
+TEST_F(Canvas, ThumbnailIsAlways200By150) {
+    tpl.AddTake(NewTake({11}, 100, 100));
+    canvas.SetTemplate(&tpl);
+    UpdateWindow(window.control());
+    fw::UniqueBitmap thumb;
+    EXPECT_TRUE(canvas.RenderThumbnail(thumb));
+    BITMAP bm{};
+    ASSERT_TRUE(GetObjectA(thumb.get(), sizeof bm, &bm));
+    EXPECT_EQ(200, bm.bmWidth);
+    EXPECT_EQ(150, bm.bmHeight);
+    EXPECT_EQ(2, owner.views);
+    EXPECT_EQ(nullptr, canvas.GetSelectedTake()) << "the selection is not restored";
+    EXPECT_FALSE(canvas.GetShowOnlyActive());
+}
+
+TEST_F(Canvas, MovedTakeFollowsTheMouseInsideTheArea) {
+    tpl.AddTake(NewTake({11}, 100, 100));
+    canvas.SetTemplate(&tpl);
+    CTakeTracker* t = canvas.GetTracker(0);
+    // Drive the tracker's loop: posted moves and the release are waiting for it.
+    PostMessageA(window.control(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(40, 40));
+    PostMessageA(window.control(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(1, 1));
+    PostMessageA(window.control(), WM_LBUTTONUP, 0, MAKELPARAM(1, 1));
+    Click(30, 30);
+    const RECT r = tpl.GetTake(0)->GetRect();
+    EXPECT_EQ(70, r.left) << "never left of the layout area";
+    EXPECT_EQ(50, r.top);
+    EXPECT_EQ(t, canvas.GetSelectedTracker());
+}
+
+}  // namespace

@@ -1,0 +1,162 @@
+// The text service against our stand-ins of the host's automation objects:
+// translations, the English fallback, the module's own strings, and the
+// behaviour without any host.
+#include <gtest/gtest.h>
+#include "TestSupport.h"
+#include "hoststub/HostAutomation.h"
+#include "text/TextService.h"
+
+namespace {
+
+using testing_support::ScratchDir;
+using testing_support::WriteText;
+
+class TextServiceTest : public testing::Test {
+protected:
+    void Register(int language, bool lexicon = true, bool options = true) {
+        WriteText(dir.File("lexicon.ini"),
+                  "[ZEMBLAX_1033]\r\n2.15045=Exposure\r\n1.32908=Untitled\r\n2.1003=&Back\r\n"
+                  "2.key.Drehen=Rotate\r\n"
+                  "[ZEMBLAX_1036]\r\n2.15045=Prise de vue\r\n");
+        hoststub::AutomationOptions o;
+        o.userLanguage = language;
+        o.lexiconFile = dir.File("lexicon.ini");
+        o.registerLexicon = lexicon;
+        o.registerOptions = options;
+        ASSERT_TRUE(hoststub::RegisterAutomation(o));
+        hoststub::Stats() = {};
+    }
+    void TearDown() override {
+        EndTexts();
+        hoststub::RevokeAutomation();
+        GetTextService().SetLanguage(0);
+    }
+    CTextService& ts = GetTextService();
+    ScratchDir dir;
+};
+
+TEST_F(TextServiceTest, UserLanguageFirstThenEnglish) {
+    Register(1036);
+    BeginTexts("ZEMBLAX", 0, nullptr, "");
+    EXPECT_EQ(1036, ts.GetLanguage()) << "asked from the options manager";
+    std::string text;
+    EXPECT_TRUE(ts.GetText(text, 15045, kTextDialog));
+    EXPECT_EQ("Prise de vue", text);
+    EXPECT_TRUE(ts.GetText(text, 1003, kTextDialog));
+    EXPECT_EQ("&Back", text) << "missing in French: English US";
+    EXPECT_FALSE(ts.GetText(text, 4711, kTextDialog));
+    EXPECT_EQ("", text);
+    EndTexts();
+    EXPECT_EQ(1, hoststub::Stats().serversCreated);
+    EXPECT_EQ(1, hoststub::Stats().sectionsOpened);
+    EXPECT_EQ(1, hoststub::Stats().sectionsClosed) << "EndTexts disconnects";
+}
+
+TEST_F(TextServiceTest, LoadTextFallsBackToTheModulesStrings) {
+    Register(1031);
+    BeginTexts("ZEMBLAX", 0, nullptr, "");
+    std::string text;
+    EXPECT_TRUE(ts.LoadText(text, 32908, kTextString));
+    EXPECT_EQ("Untitled", text) << "German asked, English found";
+    EXPECT_TRUE(ts.LoadText(text, 32904, kTextString));
+    EXPECT_EQ("Das Aufnahmeschema konnte nicht gespeichert werden.", text);
+    const int lookups = hoststub::Stats().lookups;
+    EXPECT_FALSE(ts.LoadText(text, 0, kTextString));
+    EXPECT_EQ("", text);
+    EXPECT_EQ(lookups, hoststub::Stats().lookups) << "id 0 asks nobody";
+}
+
+TEST_F(TextServiceTest, SameSectionInAnyCaseDoesNotReconnect) {
+    Register(1033);
+    BeginTexts("ZEMBLAX", 0, nullptr, "");
+    std::string text;
+    ts.GetText(text, 15045, kTextDialog);
+    EXPECT_TRUE(ts.Open("zemblax", "C:\\other\\"));
+    ts.GetText(text, 15045, kTextDialog);
+    EXPECT_EQ(1, hoststub::Stats().sectionsOpened);
+    EXPECT_EQ("", hoststub::Stats().lastDatabasePath) << "a new path waits for the next connection";
+}
+
+TEST_F(TextServiceTest, LocalDatabaseLiesBesideTheHostProgram) {
+    Register(1033);
+    BeginTexts("ZEMBLAX", 0, nullptr, "!local!");
+    std::string text;
+    ts.GetText(text, 15045, kTextDialog);
+    char exe[MAX_PATH];
+    GetModuleFileNameA(nullptr, exe, MAX_PATH);
+    std::string folder(exe);
+    folder = folder.substr(0, folder.find_last_of('\\') + 1);
+    EXPECT_EQ(folder + "!langdb\\", hoststub::Stats().lastDatabasePath);
+    EXPECT_EQ(folder + "!langdb\\", ts.GetDatabasePath());
+    EndTexts();
+    BeginTexts("ZEMBLAX", 0, nullptr, "");
+    EXPECT_EQ(folder + "!langdb\\", ts.GetDatabasePath()) << "an empty path keeps the old one";
+}
+
+TEST_F(TextServiceTest, WithoutAHostEveryLookupFailsQuietly) {
+    hoststub::RevokeAutomation();
+    BeginTexts("ZEMBLAX", 0, nullptr, "");
+    EXPECT_EQ(1033, ts.GetLanguage()) << "no options manager: English US";
+    std::string text;
+    EXPECT_FALSE(ts.GetText(text, 15045, kTextDialog));
+    EXPECT_TRUE(ts.LoadText(text, 32908, kTextString));
+    EXPECT_EQ("Unbenannt", text);
+    EXPECT_FALSE(ts.TranslateWindow(nullptr, 15045, kTextDialog));
+    EXPECT_FALSE(ts.TranslateControl(nullptr, kTextDialog));
+}
+
+TEST_F(TextServiceTest, OptionsManagerMissingButServerThere) {
+    Register(1036, true, false);
+    BeginTexts("ZEMBLAX", 0, nullptr, "");
+    EXPECT_EQ(1033, ts.GetLanguage());
+    std::string text;
+    EXPECT_TRUE(ts.GetText(text, 15045, kTextDialog));
+    EXPECT_EQ("Exposure", text);
+}
+
+TEST_F(TextServiceTest, TranslateWindowAndMenuByKey) {
+    Register(1033);
+    BeginTexts("ZEMBLAX", 0, nullptr, "");
+    HWND w = CreateWindowExA(0, "STATIC", "Neu", 0, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_TRUE(ts.TranslateWindow(w, 15045, kTextDialog));
+    char buf[64];
+    GetWindowTextA(w, buf, sizeof buf);
+    EXPECT_STREQ("Exposure", buf);
+    EXPECT_FALSE(ts.TranslateWindow(w, 999, kTextDialog));
+    GetWindowTextA(w, buf, sizeof buf);
+    EXPECT_STREQ("Exposure", buf) << "nothing found: the text stays";
+    DestroyWindow(w);
+    fw::UniqueMenu menu(CreatePopupMenu());
+    AppendMenuA(menu.get(), MF_STRING, 32803, "Drehen");
+    AppendMenuA(menu.get(), MF_STRING, 32802, "L\xF6schen");
+    ts.TranslateMenu(menu.get(), kTextDialog);
+    GetMenuStringA(menu.get(), 0, buf, sizeof buf, MF_BYPOSITION);
+    EXPECT_STREQ("Rotate", buf);
+    GetMenuStringA(menu.get(), 1, buf, sizeof buf, MF_BYPOSITION);
+    EXPECT_STREQ("L\xF6schen", buf);
+}
+
+TEST(TextServiceCharSet, KnownLanguagesAndTheSystemFontForOthers) {
+    CTextService& ts = GetTextService();
+    const std::pair<int, int> cases[] = {{1025, 178}, {1031, 0}, {2067, 0}, {1041, 128},
+                                         {1042, 129}, {1049, 204}};
+    for (auto [lang, cs] : cases) {
+        ts.SetLanguage(lang);
+        EXPECT_EQ(cs, ts.GetCharSet()) << lang;
+    }
+    ts.SetLanguage(1032);
+    LOGFONTA lf{};
+    GetObjectA(GetStockObject(SYSTEM_FONT), sizeof lf, &lf);
+    EXPECT_EQ(lf.lfCharSet, ts.GetCharSet());
+    ts.SetLanguage(1049);
+    std::string face;
+    int height = -1;
+    fw::UniqueFont font(ts.CreateLanguageFont(face, height));
+    EXPECT_NE(nullptr, font.get());
+    EXPECT_EQ("Arial Cyr", face);
+    std::string tooLong(40, 'x');
+    EXPECT_EQ(nullptr, ts.CreateLanguageFont(tooLong, height));
+    ts.SetLanguage(0);
+}
+
+}  // namespace
