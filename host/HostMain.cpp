@@ -115,7 +115,7 @@ int main(int argc, char** argv) {
     if (options.language) {
         hoststub::AutomationOptions a;
         a.userLanguage = options.language;
-        a.lexiconFile = options.dataFolder + "\\Lexicon.ini";
+        a.lexiconFile = options.dataFolder + "\\Template\\Lexicon.ini";
         hoststub::RegisterAutomation(a);
     }
     Plugin plugin;

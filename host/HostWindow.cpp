@@ -42,7 +42,7 @@ bool HostWindow::Create() {
     AppendMenuA(run, MF_SEPARATOR, 0, nullptr);
     AppendMenuA(run, MF_STRING, kCmdExit, "B&eenden");
     AppendMenuA(menu, MF_POPUP, reinterpret_cast<UINT_PTR>(run), "&Aufnahme");
-    m_hwnd = CreateWindowExA(0, wc.lpszClassName, "Zemblax Demo – Röntgenbefund",
+    m_hwnd = CreateWindowExA(0, wc.lpszClassName, "Zemblax Demo - R\xF6ntgenbefund",
                              WS_OVERLAPPEDWINDOW, 0, 0, 1024, 768, nullptr, menu, wc.hInstance,
                              this);
     if (!m_hwnd) return false;
