@@ -77,30 +77,26 @@ void AnswerDialog(HWND dlg, const std::string& templateName) {
     }
 }
 
+// The plug-in's dialogs that the automatic user knows.
+BOOL CALLBACK FindPluginDialog(HWND h, LPARAM lp) {
+    char cls[16];
+    GetClassNameA(h, cls, sizeof cls);
+    if (std::strcmp(cls, "#32770") || !IsWindowVisible(h) || !GetWindow(h, GW_CHILD)) return TRUE;
+    if (!GetDlgItem(h, 15014) && !GetDlgItem(h, 15042) && !GetDlgItem(h, 1006)) return TRUE;
+    // Handles of closed dialogs come back: a mark tells an answered one.
+    if (GetPropA(h, "ZemblaxAnswered")) return TRUE;
+    *reinterpret_cast<HWND*>(lp) = h;
+    return FALSE;
+}
+
 void AutoUser(DWORD uiThread, std::string templateName, volatile bool* stop) {
-    HWND answered = nullptr;
     while (!*stop) {
         Sleep(150);
         HWND found = nullptr;
-        EnumThreadWindows(
-            uiThread,
-            [](HWND h, LPARAM lp) -> BOOL {
-                char cls[16];
-                GetClassNameA(h, cls, sizeof cls);
-                if (std::strcmp(cls, "#32770") || !IsWindowVisible(h) || !GetWindow(h, GW_CHILD))
-                    return TRUE;
-                if (!GetDlgItem(h, 15014) && !GetDlgItem(h, 15042) && !GetDlgItem(h, 1006))
-                    return TRUE;
-                *reinterpret_cast<HWND*>(lp) = h;
-                return FALSE;
-            },
-            reinterpret_cast<LPARAM>(&found));
-        if (found && found != answered) {
-            AnswerDialog(found, templateName);
-            answered = found;
-        } else if (!found) {
-            answered = nullptr;
-        }
+        EnumThreadWindows(uiThread, FindPluginDialog, reinterpret_cast<LPARAM>(&found));
+        if (!found) continue;
+        SetPropA(found, "ZemblaxAnswered", reinterpret_cast<HANDLE>(1));
+        AnswerDialog(found, templateName);
     }
 }
 

@@ -34,18 +34,17 @@ HWND DialogDriver::WaitFor(int id, HWND previous, int timeoutMs) const {
     return nullptr;
 }
 
-void DialogDriver::DismissAll() const {
-    EnumThreadWindows(
-        m_uiThread,
-        [](HWND h, LPARAM) -> BOOL {
-            char cls[16];
-            GetClassNameA(h, cls, sizeof cls);
-            if (std::strcmp(cls, "#32770") == 0 && IsWindowVisible(h) && !GetDlgItem(h, 15039))
-                PostMessageA(h, WM_COMMAND, GetDlgItem(h, 1001) ? 1001 : IDCANCEL, 0);
-            return TRUE;
-        },
-        0);
+namespace {
+BOOL CALLBACK Dismiss(HWND h, LPARAM) {
+    char cls[16];
+    GetClassNameA(h, cls, sizeof cls);
+    if (std::strcmp(cls, "#32770") == 0 && IsWindowVisible(h) && !GetDlgItem(h, 15039))
+        PostMessageA(h, WM_COMMAND, GetDlgItem(h, 1001) ? 1001 : IDCANCEL, 0);
+    return TRUE;
 }
+}  // namespace
+
+void DialogDriver::DismissAll() const { EnumThreadWindows(m_uiThread, Dismiss, 0); }
 
 bool DialogDriver::WaitGone(HWND hwnd, int timeoutMs) {
     for (int waited = 0; waited < timeoutMs; waited += 20) {

@@ -159,4 +159,61 @@ TEST_F(Selection, EmptyCatalogOnlyCancels) {
     EXPECT_EQ((std::vector<UINT>{MB_ICONASTERISK}), TakeBeeps());
 }
 
+// A 24-bit BMP of one colour.
+void WriteBmp(const std::string& path, int w, int h, BYTE grey) {
+    const int row = (w * 3 + 3) & ~3;
+    BITMAPINFOHEADER ih{sizeof ih, w, h, 1, 24, BI_RGB, static_cast<DWORD>(row * h)};
+    BITMAPFILEHEADER fh{0x4D42, static_cast<DWORD>(14 + 40 + row * h), 0, 0, 54};
+    std::string data(reinterpret_cast<char*>(&fh), 14);
+    data.append(reinterpret_cast<char*>(&ih), 40);
+    data.append(static_cast<size_t>(row) * h, static_cast<char>(grey));
+    testing_support::WriteText(path, data);
+}
+
+TEST_F(Selection, ThumbnailModeHoldsOneImagePerEntry) {
+    cat.AddTemplate(1, "A", {{"11"}});
+    cat.AddTemplate(2, "B", {{"21"}});  // no picture: a black placeholder
+    cat.AddTemplate(3, "C", {{"31"}});
+    cat.AddTemplate(4, "D", {{"41"}}, true);
+    WriteBmp(cat.folder() + "Template1.bmp", 200, 150, 200);
+    WriteBmp(cat.folder() + "Template3.bmp", 200, 150, 100);
+    WriteBmp(cat.folder() + "Template4.bmp", 200, 150, 50);
+    testing_support::WriteText(cat.folder() + "Template2.bmp", "BM broken");
+    cat.Set("SelectionDlg", "Mode", "1");
+    int images = -1, items = -1, rowHeight = 0, textImages = -1;
+    StartAndFirstLabel([&](HWND dlg) {
+        HWND list = GetDlgItem(dlg, kList);
+        items = static_cast<int>(SendMessageA(list, LVM_GETITEMCOUNT, 0, 0));
+        auto il = reinterpret_cast<HIMAGELIST>(SendMessageA(list, LVM_GETIMAGELIST, LVSIL_SMALL, 0));
+        images = ImageList_GetImageCount(il);
+        RECT r{LVIR_BOUNDS};
+        SendMessageA(list, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&r));
+        rowHeight = r.bottom - r.top;
+        SendMessageA(GetDlgItem(dlg, kPreviewBox), BM_CLICK, 0, 0);
+        il = reinterpret_cast<HIMAGELIST>(SendMessageA(list, LVM_GETIMAGELIST, LVSIL_SMALL, 0));
+        textImages = ImageList_GetImageCount(il);
+        DialogDriver::Click(dlg, IDCANCEL);
+    });
+    EXPECT_EQ(3, items);
+    EXPECT_EQ(3, images) << "deleted entries add no picture; a broken file a placeholder";
+    EXPECT_GE(rowHeight, 150) << "thumbnail rows are as high as the pictures";
+    EXPECT_EQ(0, textImages) << "text mode: the 1 x 1 list without images";
+}
+
+TEST_F(Selection, AWidePictureShiftsTheImagesAfterIt) {
+    cat.AddTemplate(1, "A", {{"11"}});
+    cat.AddTemplate(2, "B", {{"21"}});
+    WriteBmp(cat.folder() + "Template1.bmp", 400, 150, 200);
+    WriteBmp(cat.folder() + "Template2.bmp", 200, 150, 100);
+    cat.Set("SelectionDlg", "Mode", "1");
+    int images = -1;
+    StartAndFirstLabel([&](HWND dlg) {
+        HWND list = GetDlgItem(dlg, kList);
+        images = ImageList_GetImageCount(
+            reinterpret_cast<HIMAGELIST>(SendMessageA(list, LVM_GETIMAGELIST, LVSIL_SMALL, 0)));
+        DialogDriver::Click(dlg, IDCANCEL);
+    });
+    EXPECT_EQ(3, images) << "a 400 x 150 picture counts as two images";
+}
+
 }  // namespace

@@ -96,7 +96,10 @@ int GdiObjectCount() {
         BYTE flags;
         void* user;
     };
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Warray-bounds"  // the TEB is read through gs:0x30
     auto* peb = reinterpret_cast<BYTE*>(NtCurrentTeb()->ProcessEnvironmentBlock);
+#pragma GCC diagnostic pop
     auto* table = *reinterpret_cast<Entry**>(peb + 0xF8);
     if (!table) return -1;
     int count = 0;
