@@ -70,7 +70,8 @@ TEST_F(Run, WholeTemplateFromFirstTakeToAcceptingTheLast) {
     EXPECT_EQ((RECT{30, 50, 130, 125}), first.rect);
 
     std::string caption, next, back, skip, quit;
-    Delivery second = WithUser<Delivery>([&] { return Next(host.hwnd(), MakeImages()); },
+    const Images exposure = MakeImages();
+    Delivery second = WithUser<Delivery>([&] { return Next(host.hwnd(), exposure); },
                                          [&](DialogDriver& d) {
                                              HWND dlg = d.WaitFor(kPicture);
                                              ASSERT_NE(nullptr, dlg);
@@ -86,6 +87,7 @@ TEST_F(Run, WholeTemplateFromFirstTakeToAcceptingTheLast) {
     EXPECT_EQ("&Zur\xFC" "ck", back);
     EXPECT_EQ("\xDC" "ber&springen", skip);
     EXPECT_EQ("&Beenden", quit);
+    EXPECT_TRUE(IsFreed(exposure.header) && IsFreed(exposure.bits));
     EXPECT_EQ(3, second.result);
     EXPECT_EQ("11", second.label);
     EXPECT_EQ(1, second.orientation);

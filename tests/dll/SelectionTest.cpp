@@ -136,6 +136,9 @@ TEST_F(Selection, OkWithNothingSelectedBeepsAndStays) {
     std::string label = StartAndFirstLabel([&](HWND dlg) {
         Select(dlg, -1);
         DialogDriver::Click(dlg, IDOK);
+        NMHDR dblclk{GetDlgItem(dlg, kList), static_cast<UINT_PTR>(kList),
+                     static_cast<UINT>(NM_DBLCLK)};
+        SendMessageA(dlg, WM_NOTIFY, kList, reinterpret_cast<LPARAM>(&dblclk));
         Sleep(300);
         stayed = IsWindowVisible(dlg) != FALSE;
         Select(dlg, 0);
@@ -143,7 +146,8 @@ TEST_F(Selection, OkWithNothingSelectedBeepsAndStays) {
     });
     EXPECT_TRUE(stayed);
     EXPECT_EQ("11", label);
-    EXPECT_EQ((std::vector<UINT>{MB_ICONASTERISK}), TakeBeeps());
+    EXPECT_EQ((std::vector<UINT>{MB_ICONASTERISK, MB_ICONASTERISK}), TakeBeeps())
+        << "OK and a double click alike";
 }
 
 TEST_F(Selection, EmptyCatalogOnlyCancels) {

@@ -195,3 +195,28 @@ TEST(TemplateList, RenumberAndModifiedFlag) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Leaks, LoadingAndSavingAgainAndAgainKeepsGdiAndHeapFlat) {
+    SettingsFile settings;
+    const std::string cat = settings.path();
+    auto cycle = [&] {
+        TheSettings().Load(cat);
+        CTemplate t;
+        t.SetName("L");
+        t.AddTake(NewTake({11, 12}, 1, 100, 100));
+        t.Save(Thumbnail().get(), cat, true);
+        CTemplate back;
+        back.Load(t.GetNumber(), cat);
+    };
+    cycle();  // warm-up: caches of the first screen DC and the profile reader
+    cycle();
+    const int gdi = testing_support::GdiObjectCount();
+    const int heap = testing_support::HeapBlockCount();
+    for (int i = 0; i < 5; ++i) cycle();
+    EXPECT_EQ(gdi, testing_support::GdiObjectCount());
+    EXPECT_LE(testing_support::HeapBlockCount(), heap + 2);
+}
+
+}  // namespace
