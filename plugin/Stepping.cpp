@@ -2,19 +2,12 @@
 // end of the template, and the delivery of the next take to the host.
 #include <cstring>
 #include "fw/Beep.h"
+#include "fw/Handle.h"
 #include "plugin/TemplateApp.h"
 #include "templates/Template.h"
 #include "ui/FinishDlg.h"
 #include "ui/PreviewDlg.h"
 #include "ui/TakeDlg.h"
-
-namespace {
-void FreeImages(HGLOBAL& header, HGLOBAL& bits) {
-    if (header) ::GlobalFree(header);
-    if (bits) ::GlobalFree(bits);
-    header = bits = nullptr;
-}
-}  // namespace
 
 BOOL CTemplateApp::StepBack() {
     if (m_nPosition > 1) --m_nPosition;
@@ -111,9 +104,10 @@ int CTemplateApp::RunFinishLoop(int nMode, bool bAskVariant, const RECT& host,
 int CTemplateApp::GetNext(HWND hwndHost, HGLOBAL hDibHeader, HGLOBAL hDibBits,
                           const RECT* prcHost, LPSTR pszLabel, int* pnOrientation, RECT* prcTake,
                           BOOL bStepBackAndAsk, BOOL* pbTemplateDone) {
+    // The blocks are ours from here on and go on every way out.
+    const fw::UniqueGlobal header(hDibHeader), bits(hDibBits);
     if (!::IsWindow(hwndHost) || !m_bInitialized || !prcHost) {
         fw::Beep(MB_ICONHAND);
-        FreeImages(hDibHeader, hDibBits);
         return -1;
     }
     int orientationIgnored = 0;
@@ -124,27 +118,17 @@ int CTemplateApp::GetNext(HWND hwndHost, HGLOBAL hDibHeader, HGLOBAL hDibBits,
     int result;
     if (bStepBackAndAsk) {
         result = RunFinishLoop(0, true, host, label, pnOrientation, mapped);
-        if (result == -1 && !m_bRunActive) {
-            FreeImages(hDibHeader, hDibBits);
-            return -1;
-        }
+        if (result == -1 && !m_bRunActive) return -1;
     } else {
-        if (hDibHeader && hDibBits && ShowTakeReview(hDibHeader, hDibBits) < 0) {
-            FreeImages(hDibHeader, hDibBits);
-            return -1;
-        }
+        if (header && bits && ShowTakeReview(header.get(), bits.get()) < 0) return -1;
         result = DeliverTake(&host, &label, pnOrientation, &mapped);
         if (result == -1) {
             if (pbTemplateDone) *pbTemplateDone = TRUE;
             result = RunFinishLoop(1, false, host, label, pnOrientation, mapped);
-            if (result == -1 && !m_bRunActive) {
-                FreeImages(hDibHeader, hDibBits);
-                return -1;
-            }
+            if (result == -1 && !m_bRunActive) return -1;
         }
     }
     if (prcTake) *prcTake = mapped;
     if (pszLabel) lstrcpyA(pszLabel, label.c_str());
-    FreeImages(hDibHeader, hDibBits);
     return result;
 }
