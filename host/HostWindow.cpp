@@ -9,20 +9,6 @@ constexpr int kToolStrip = 90;  // the host's tool strip at the right
 constexpr int kStatusBar = 24;
 }  // namespace
 
-bool Plugin::Load(const char* path) {
-    m_dll.reset(LoadLibraryA(path));
-    if (!m_dll) return false;
-    auto get = [&](auto& fn, const char* name) {
-        fn = reinterpret_cast<std::remove_reference_t<decltype(fn)>>(
-            reinterpret_cast<void*>(GetProcAddress(m_dll.get(), name)));
-        return fn != nullptr;
-    };
-    return get(CheckVersion, "ZEMBLAX_CheckVersion") && get(Initialize, "ZEMBLAX_Initialize") &&
-           get(Start, "ZEMBLAX_Start") && get(GetState, "ZEMBLAX_GetState") &&
-           get(Stop, "ZEMBLAX_Stop") && get(Uninitialize, "ZEMBLAX_Uninitialize") &&
-           get(Configure, "ZEMBLAX_Configure") && get(GetNext, "ZEMBLAX_GetNext");
-}
-
 HostWindow::HostWindow(Plugin& plugin, const HostOptions& options)
     : m_plugin(plugin), m_options(options) {}
 

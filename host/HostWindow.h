@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 #include "fw/Handle.h"
-#include "zemblax.h"
+#include "host/PluginLibrary.h"
 
 struct HostOptions {
     std::string dataFolder;  // Windows path of the folder holding Template\Zemblax.ini
@@ -16,21 +16,7 @@ struct HostOptions {
     int language = 0;        // 0: no language database
 };
 
-class Plugin {
-public:
-    bool Load(const char* path);
-    PFN_ZEMBLAX_CheckVersion CheckVersion = nullptr;
-    PFN_ZEMBLAX_Initialize Initialize = nullptr;
-    PFN_ZEMBLAX_Start Start = nullptr;
-    PFN_ZEMBLAX_GetState GetState = nullptr;
-    PFN_ZEMBLAX_Stop Stop = nullptr;
-    PFN_ZEMBLAX_Uninitialize Uninitialize = nullptr;
-    PFN_ZEMBLAX_Configure Configure = nullptr;
-    PFN_ZEMBLAX_GetNext GetNext = nullptr;
-
-private:
-    fw::UniqueModule m_dll;
-};
+using Plugin = PluginLibrary;
 
 class HostWindow {
 public:

@@ -106,7 +106,8 @@ int CTemplateApp::GetNext(HWND hwndHost, HGLOBAL hDibHeader, HGLOBAL hDibBits,
                           BOOL bStepBackAndAsk, BOOL* pbTemplateDone) {
     // The blocks are ours from here on and go on every way out.
     const fw::UniqueGlobal header(hDibHeader), bits(hDibBits);
-    if (!::IsWindow(hwndHost) || !m_bInitialized || !prcHost) {
+    if (!Admit(hwndHost)) return -1;
+    if (!prcHost) {
         fw::Beep(MB_ICONHAND);
         return -1;
     }

@@ -34,13 +34,13 @@ BOOL CTemplateApp::InitPaths(const std::string& base) {
     return TRUE;
 }
 
-BOOL CTemplateApp::Start(HWND hwndHost) {
-    if (!::IsWindow(hwndHost) || !m_bInitialized) {
-        fw::Beep(MB_ICONHAND);
-        return FALSE;
-    }
-    return StartRun(hwndHost);
+bool CTemplateApp::Admit(HWND hwndHost) const {
+    if (::IsWindow(hwndHost) && m_bInitialized) return true;
+    fw::Beep(MB_ICONHAND);
+    return false;
 }
+
+BOOL CTemplateApp::Start(HWND hwndHost) { return Admit(hwndHost) ? StartRun(hwndHost) : FALSE; }
 
 BOOL CTemplateApp::Stop() { return m_bInitialized ? StopRun() : FALSE; }
 
@@ -50,11 +50,7 @@ BOOL CTemplateApp::Uninitialize() {
 }
 
 BOOL CTemplateApp::Configure(HWND hwndHost) {
-    if (!::IsWindow(hwndHost) || !m_bInitialized) {
-        fw::Beep(MB_ICONHAND);
-        return FALSE;
-    }
-    return RunConfiguration(hwndHost);
+    return Admit(hwndHost) ? RunConfiguration(hwndHost) : FALSE;
 }
 
 BOOL CTemplateApp::StartRun(HWND host) {

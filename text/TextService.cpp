@@ -39,6 +39,14 @@ void EndTexts() {
     ts.Disconnect();
 }
 
+void TranslateDialog(HWND dialog, UINT dialogId, std::initializer_list<int> controlIds) {
+    BeginTexts("ZEMBLAX", 0, nullptr, "");
+    CTextService& ts = GetTextService();
+    ts.TranslateWindow(dialog, dialogId, kTextDialog);
+    for (int id : controlIds) ts.TranslateControl(::GetDlgItem(dialog, id), kTextDialog);
+    EndTexts();
+}
+
 CTextService::CTextService() = default;
 
 CTextService::~CTextService() {

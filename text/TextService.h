@@ -3,6 +3,7 @@
 // back, the resource text stays.
 #pragma once
 #include <windows.h>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include "fw/Dispatch.h"
@@ -59,3 +60,6 @@ CTextService& GetTextService();
 void BeginTexts(const std::string& section, int nLanguage, HINSTANCE hResource,
                 const std::string& databasePath);
 void EndTexts();
+// A dialog's caption (by the dialog's id) and the given controls (by their
+// ids), all of kind 2, in the user's language where the host has them.
+void TranslateDialog(HWND dialog, UINT dialogId, std::initializer_list<int> controlIds);

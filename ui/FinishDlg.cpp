@@ -19,12 +19,8 @@ void CFinishDlg::SetFlags(BOOL back, BOOL skip, BOOL accept, BOOL next, BOOL qui
 
 BOOL CFinishDlg::OnInitDialog() {
     fw::Dialog::OnInitDialog();
-    BeginTexts("ZEMBLAX", 0, nullptr, "");
-    CTextService& ts = GetTextService();
-    ts.TranslateWindow(hwnd(), IDD_FINISH, kTextDialog);
-    for (int id : {IDC_BACK, IDC_FINISH_SKIP, IDC_FINISH_ACCEPT, IDC_FINISH_NEXT, IDC_FINISH_QUIT})
-        ts.TranslateControl(Item(id), kTextDialog);
-    EndTexts();
+    TranslateDialog(hwnd(), IDD_FINISH,
+                    {IDC_BACK, IDC_FINISH_SKIP, IDC_FINISH_ACCEPT, IDC_FINISH_NEXT, IDC_FINISH_QUIT});
     EnableItem(IDC_BACK, m_bBack);
     EnableItem(IDC_FINISH_SKIP, m_bSkip);
     EnableItem(IDC_FINISH_ACCEPT, m_bAccept);

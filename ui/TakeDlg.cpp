@@ -11,12 +11,7 @@ CTakeDlg::CTakeDlg(HWND parent) : fw::Dialog(IDD_TAKE, parent) {}
 BOOL CTakeDlg::OnInitDialog() {
     fw::Dialog::OnInitDialog();
     PlaceWindow();
-    BeginTexts("ZEMBLAX", 0, nullptr, "");
-    CTextService& ts = GetTextService();
-    ts.TranslateWindow(hwnd(), IDD_TAKE, kTextDialog);
-    for (int id : {IDC_BACK, IDC_TAKE_SKIP, IDC_TAKE_QUIT, IDOK})
-        ts.TranslateControl(Item(id), kTextDialog);
-    EndTexts();
+    TranslateDialog(hwnd(), IDD_TAKE, {IDC_BACK, IDC_TAKE_SKIP, IDC_TAKE_QUIT, IDOK});
     m_nTimerId = ::SetTimer(hwnd(), 1, TheSettings().GetPreviewTimeout(), nullptr);
     return TRUE;
 }

@@ -37,35 +37,19 @@ bool PatchImport(HMODULE module, const char* dll, const char* name, void* replac
     return false;
 }
 
-template <typename F>
-void Bind(HMODULE m, F& fn, const char* name) {
-    fn = reinterpret_cast<F>(reinterpret_cast<void*>(GetProcAddress(m, name)));
-}
-
 LRESULT CALLBACK HostProc(HWND h, UINT m, WPARAM w, LPARAM l) { return DefWindowProcA(h, m, w, l); }
 }  // namespace
 
 PluginHost& PluginHost::Get() {
-    static PluginHost host = [] {
-        PluginHost p;
+    static PluginHost& host = *[] {
+        auto* p = new PluginHost;  // lives until the process ends, like a host's plug-in
         char path[MAX_PATH];
         GetModuleFileNameA(nullptr, path, MAX_PATH);
         std::string dll(path);
         dll = dll.substr(0, dll.find_last_of('\\') + 1) + "Zemblax.dll";
-        p.module = LoadLibraryA(dll.c_str());
-        if (!p.module) return p;
-        Bind(p.module, p.CheckVersion, "ZEMBLAX_CheckVersion");
-        Bind(p.module, p.Initialize, "ZEMBLAX_Initialize");
-        Bind(p.module, p.Start, "ZEMBLAX_Start");
-        Bind(p.module, p.GetState, "ZEMBLAX_GetState");
-        Bind(p.module, p.Stop, "ZEMBLAX_Stop");
-        Bind(p.module, p.Uninitialize, "ZEMBLAX_Uninitialize");
-        Bind(p.module, p.Configure, "ZEMBLAX_Configure");
-        Bind(p.module, p.GetNext, "ZEMBLAX_GetNext");
-        p.loaded = p.CheckVersion && p.Initialize && p.Start && p.GetState && p.Stop &&
-                   p.Uninitialize && p.Configure && p.GetNext &&
-                   PatchImport(p.module, "user32.dll", "MessageBeep",
-                               reinterpret_cast<void*>(&RecordBeep));
+        p->loaded = p->Load(dll.c_str()) &&
+                    PatchImport(p->module(), "user32.dll", "MessageBeep",
+                                reinterpret_cast<void*>(&RecordBeep));
         return p;
     }();
     return host;

@@ -4,21 +4,12 @@
 #include <windows.h>
 #include <string>
 #include <vector>
-#include "zemblax.h"
+#include "host/PluginLibrary.h"
 
-struct PluginHost {
+struct PluginHost : PluginLibrary {
     // Loads the DLL beside the test program once for the whole run.
     static PluginHost& Get();
     bool loaded = false;
-    HMODULE module = nullptr;
-    PFN_ZEMBLAX_CheckVersion CheckVersion = nullptr;
-    PFN_ZEMBLAX_Initialize Initialize = nullptr;
-    PFN_ZEMBLAX_Start Start = nullptr;
-    PFN_ZEMBLAX_GetState GetState = nullptr;
-    PFN_ZEMBLAX_Stop Stop = nullptr;
-    PFN_ZEMBLAX_Uninitialize Uninitialize = nullptr;
-    PFN_ZEMBLAX_Configure Configure = nullptr;
-    PFN_ZEMBLAX_GetNext GetNext = nullptr;
 };
 
 // Beeps given by the DLL since the last call.

@@ -2,6 +2,7 @@
 // dialog and the preview window, with what GetNext hands back to the host.
 #include <gtest/gtest.h>
 #include "RunSupport.h"
+#include "hoststub/HostAutomation.h"
 
 namespace {
 
@@ -318,6 +319,51 @@ TEST_F(Run, MappingScalesWithTheHostRectangleNotItsPlace) {
         [&](DialogDriver& drv) { DialogDriver::Click(drv.WaitFor(kPicture), IDOK); });
     // (170,150)-(270,225) moved by (-70,-50) and scaled by 800/844, 600/698.
     EXPECT_EQ((RECT{94, 85, 189, 150}), b.rect);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(Run, TextsComeFromTheHostsLanguageDatabase) {
+    testing_support::WriteText(cat.folder() + "lexicon.ini",
+                               "[ZEMBLAX_1033]\r\n2.15045=Exposure\r\n2.1=Next\r\n2.1003=&Back\r\n"
+                               "2.15001=Choose template\r\n1.2=Cancel\r\n2.1000=End template\r\n");
+    hoststub::AutomationOptions options;
+    options.userLanguage = 1033;
+    options.lexiconFile = cat.folder() + "lexicon.ini";
+    ASSERT_TRUE(hoststub::RegisterAutomation(options));
+    p.Initialize(cat.base().c_str());
+    std::string selCaption, cancel, ok;
+    ASSERT_TRUE(WithUser<BOOL>([&] { return p.Start(host.hwnd()); }, [&](DialogDriver& d) {
+        HWND dlg = d.WaitFor(15014);
+        ASSERT_NE(nullptr, dlg);
+        selCaption = DialogDriver::Text(dlg);
+        cancel = DialogDriver::ItemText(dlg, IDCANCEL);
+        ok = DialogDriver::ItemText(dlg, IDOK);
+        DialogDriver::Click(dlg, IDOK);
+    }));
+    Next(host.hwnd(), {});
+    std::string caption, next, back, skip;
+    WithUser<Delivery>([&] { return Next(host.hwnd(), MakeImages()); }, [&](DialogDriver& d) {
+        HWND dlg = d.WaitFor(kPicture);
+        ASSERT_NE(nullptr, dlg);
+        caption = DialogDriver::Text(dlg);
+        next = DialogDriver::ItemText(dlg, IDOK);
+        back = DialogDriver::ItemText(dlg, kBack);
+        skip = DialogDriver::ItemText(dlg, kSkip);
+        DialogDriver::Click(dlg, IDOK);
+    });
+    hoststub::RevokeAutomation();
+    EXPECT_EQ("Choose template", selCaption);
+    EXPECT_EQ("Cancel", cancel);
+    EXPECT_EQ("OK", ok) << "no translation: the resource text stays";
+    EXPECT_EQ("Exposure", caption);
+    EXPECT_EQ("Next", next);
+    EXPECT_EQ("&Back", back);
+    EXPECT_EQ("\xDC" "ber&springen", skip);
+    EXPECT_GE(hoststub::Stats().sectionsOpened, 2) << "each dialog opens the section anew";
+    EXPECT_EQ(hoststub::Stats().sectionsOpened, hoststub::Stats().sectionsClosed);
 }
 
 }  // namespace
