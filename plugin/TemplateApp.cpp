@@ -57,6 +57,9 @@ BOOL CTemplateApp::StartRun(HWND host) {
     CSelectionDlg selection(m_strCatalogPath, host);
     if (!m_settings.Load(m_strCatalogPath)) return FALSE;
     if (selection.DoModal() != IDOK) return FALSE;
+    // A host that starts again without stopping: the old preview still shows
+    // the template deleted next, so it goes first.
+    ClosePreview();
     delete m_pTemplate;
     m_pTemplate = new (std::nothrow) CTemplate;
     if (!m_pTemplate) return FALSE;
@@ -82,15 +85,18 @@ BOOL CTemplateApp::StopRun() {
     if (!m_bRunActive) return FALSE;
     m_bRunActive = FALSE;
     m_nPosition = 0;
-    if (m_pPreviewDlg) {
-        m_pPreviewDlg->EndDialog(1);
-        m_pPreviewDlg->DestroyWindow();
-        delete m_pPreviewDlg;
-        m_pPreviewDlg = nullptr;
-    }
+    ClosePreview();
     delete m_pTemplate;
     m_pTemplate = nullptr;
     return TRUE;
+}
+
+void CTemplateApp::ClosePreview() {
+    if (!m_pPreviewDlg) return;
+    m_pPreviewDlg->EndDialog(1);
+    m_pPreviewDlg->DestroyWindow();
+    delete m_pPreviewDlg;
+    m_pPreviewDlg = nullptr;
 }
 
 BOOL CTemplateApp::RunConfiguration(HWND) {

@@ -51,6 +51,7 @@ public:
 private:
     // The gate of the calls that need a host window and an initialised module.
     bool Admit(HWND hwndHost) const;
+    void ClosePreview();
     int ShowTakeReview(HGLOBAL hDibHeader, HGLOBAL hDibBits);
     int RunFinishLoop(int nMode, bool bAskVariant, const RECT& host, std::string& label,
                       int* pnOrientation, RECT& mapped);

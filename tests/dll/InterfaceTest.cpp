@@ -5,6 +5,18 @@
 
 namespace {
 
+BOOL CALLBACK CountPreview(HWND h, LPARAM lp) {
+    if (IsWindowVisible(h) && GetDlgItem(h, 15039)) ++*reinterpret_cast<int*>(lp);
+    return TRUE;
+}
+
+// Visible preview windows of this thread.
+int PreviewWindows() {
+    int n = 0;
+    EnumThreadWindows(GetCurrentThreadId(), CountPreview, reinterpret_cast<LPARAM>(&n));
+    return n;
+}
+
 class Interface : public testing::Test {
 protected:
     void SetUp() override {
@@ -113,6 +125,38 @@ TEST_F(Interface, UninitializeDuringARunOrphansIt) {
     EXPECT_TRUE(p.Stop());
     EXPECT_EQ(3, p.GetState());
     EXPECT_FALSE(IsWindow(preview));
+}
+
+TEST_F(Interface, StartingAgainWithoutStopReplacesTheRun) {
+    Catalog cat;
+    cat.AddTemplate(1, "A", ThreeTakes());
+    cat.AddTemplate(2, "B", {{"46"}});
+    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
+    EXPECT_EQ(2, Next(host.hwnd(), {}).result);
+    ASSERT_TRUE(StartOn(cat, host.hwnd(), 1)) << "a host that forgot ZEMBLAX_Stop";
+    EXPECT_EQ(1, PreviewWindows()) << "the first run's preview is gone";
+    Delivery d = Next(host.hwnd(), {});
+    EXPECT_EQ(2, d.result);
+    EXPECT_EQ("46", d.label);
+    EXPECT_TRUE(p.Stop());
+    EXPECT_EQ(0, PreviewWindows());
+}
+
+TEST_F(Interface, VersionResourceNamesTheProduct) {
+    char path[MAX_PATH];
+    GetModuleFileNameA(p.module(), path, MAX_PATH);
+    DWORD ignored = 0;
+    std::vector<char> info(GetFileVersionInfoSizeA(path, &ignored));
+    ASSERT_FALSE(info.empty());
+    ASSERT_TRUE(GetFileVersionInfoA(path, 0, static_cast<DWORD>(info.size()), info.data()));
+    VS_FIXEDFILEINFO* fixed = nullptr;
+    UINT len = 0;
+    ASSERT_TRUE(VerQueryValueA(info.data(), "\\", reinterpret_cast<void**>(&fixed), &len));
+    EXPECT_EQ(0x00010000u, fixed->dwFileVersionMS);
+    char* product = nullptr;
+    ASSERT_TRUE(VerQueryValueA(info.data(), "\\StringFileInfo\\040704B0\\ProductName",
+                               reinterpret_cast<void**>(&product), &len));
+    EXPECT_STREQ("Zemblax", product);
 }
 
 TEST_F(Interface, GetNextWithoutARunReportsThePosition) {
