@@ -79,6 +79,11 @@ bool CTakeDlg::DrawImage(const DRAWITEMSTRUCT& item) {
     fw::GlobalLock<BITMAPINFO> header(m_hDibHeader);
     fw::GlobalLock<BYTE> bits(m_hDibBits);
     if (!header || !bits) return false;
+    // The host's blocks are checked before GDI reads them.
+    if (::GlobalSize(m_hDibHeader) < sizeof(BITMAPINFOHEADER) ||
+        ::GlobalSize(m_hDibHeader) <
+            header.get()->bmiHeader.biSize + 4ull * header.get()->bmiHeader.biClrUsed)
+        return false;
     RECT target = item.rcItem;
     target.right -= 1;
     target.bottom -= 1;

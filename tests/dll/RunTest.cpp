@@ -325,6 +325,29 @@ TEST_F(Run, MappingScalesWithTheHostRectangleNotItsPlace) {
 
 namespace {
 
+TEST_F(Run, BrokenImagesAreShownAsNothingAndFreed) {
+    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
+    Next(host.hwnd(), {});
+    Images shortHeader{GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, 8), MakeImages().bits};
+    Images hugeImage = MakeImages(64, 48);
+    {
+        auto* bi = static_cast<BITMAPINFOHEADER*>(GlobalLock(hugeImage.header));
+        bi->biWidth = 20000;
+        bi->biHeight = -20000;
+        GlobalUnlock(hugeImage.header);
+    }
+    for (const Images& im : {shortHeader, hugeImage}) {
+        Delivery d = WithUser<Delivery>([&] { return Next(host.hwnd(), im); }, [&](DialogDriver& drv) {
+            HWND dlg = drv.WaitFor(kPicture);
+            ASSERT_NE(nullptr, dlg);
+            UpdateWindow(dlg);
+            DialogDriver::Click(dlg, IDOK);
+        });
+        EXPECT_GT(d.result, 0);
+        EXPECT_TRUE(IsFreed(im.header) && IsFreed(im.bits));
+    }
+}
+
 TEST_F(Run, TextsComeFromTheHostsLanguageDatabase) {
     testing_support::WriteText(cat.folder() + "lexicon.ini",
                                "[ZEMBLAX_1033]\r\n2.15045=Exposure\r\n2.1=Next\r\n2.1003=&Back\r\n"
