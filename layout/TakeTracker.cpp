@@ -127,7 +127,12 @@ void CTakeTracker::Paint(HDC dc, bool bOrderMode, bool bShowOnlyActive, HRGN cli
     fw::UniqueBrush inactive(::CreateSolidBrush(m_crInactive));
     if (m_bTracking || !m_pTake) return;
     Recalc();
-    if (const CHolder* h = TheSettings().GetHolder(m_pTake->GetHolder() - 1)) {
+    // The settings may have been loaded again since the take was set (a
+    // configuration during a run): what they own is looked up afresh.
+    const CSettings& settings = TheSettings();
+    m_pSensor = settings.GetSensor(m_pTake->GetSensor() - 1);
+    m_hFont = settings.GetFont();
+    if (const CHolder* h = settings.GetHolder(m_pTake->GetHolder() - 1)) {
         m_crFill = m_bSelected ? h->GetColor() : h->GetInactiveColor();
         m_crText = h->GetTextColor();
     }

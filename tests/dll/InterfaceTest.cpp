@@ -98,6 +98,26 @@ TEST_F(Interface, CancelledSelectionLeavesNoRun) {
     EXPECT_FALSE(p.Stop());
 }
 
+TEST_F(Interface, ConfigureDuringARunLeavesTheRunAlone) {
+    Catalog cat;
+    cat.AddTemplate(1, "A", ThreeTakes());
+    ASSERT_TRUE(StartOn(cat, host.hwnd()));
+    EXPECT_EQ(2, Next(host.hwnd(), {}).result);
+    // The settings are read again, and now have no sensor at all.
+    WritePrivateProfileStringA("Sensor1", nullptr, nullptr, cat.ini().c_str());
+    EXPECT_TRUE(p.Configure(host.hwnd()));
+    EXPECT_EQ(2, p.GetState());
+    EXPECT_EQ(1, PreviewWindows());
+    HWND preview = DialogDriver().WaitFor(15039, nullptr, 2000);
+    ASSERT_NE(nullptr, preview);
+    RedrawWindow(preview, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    // The run goes on where it was: take 2 comes next (the review is skipped
+    // without images, so no dialog needs an answer).
+    Delivery d = Next(host.hwnd(), {});
+    EXPECT_EQ(3, d.result);
+    EXPECT_EQ("11", d.label);
+}
+
 TEST_F(Interface, StopTwiceGivesOneThenZero) {
     Catalog cat;
     cat.AddTemplate(1, "A", ThreeTakes());
@@ -119,7 +139,11 @@ TEST_F(Interface, UninitializeDuringARunOrphansIt) {
     EXPECT_FALSE(p.Stop()) << "Stop must not end an orphaned run";
     EXPECT_EQ(2, p.GetState());
     EXPECT_FALSE(p.Start(host.hwnd()));
-    EXPECT_EQ((std::vector<UINT>{MB_ICONHAND}), TakeBeeps());
+    EXPECT_FALSE(p.Configure(host.hwnd()));
+    Images im = MakeImages();
+    EXPECT_EQ(-1, Next(host.hwnd(), im).result);
+    EXPECT_TRUE(IsFreed(im.header) && IsFreed(im.bits));
+    EXPECT_EQ((std::vector<UINT>{MB_ICONHAND, MB_ICONHAND, MB_ICONHAND}), TakeBeeps());
     EXPECT_TRUE(preview && IsWindowVisible(preview)) << "the preview stays on screen";
     ASSERT_TRUE(p.Initialize(cat.base().c_str()));
     EXPECT_TRUE(p.Stop());
