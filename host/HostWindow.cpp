@@ -4,7 +4,7 @@
 
 namespace {
 constexpr UINT kExposeTimer = 1;
-constexpr UINT kCmdStart = 100, kCmdStop = 101, kCmdConfigure = 102, kCmdExit = 103;
+constexpr UINT kCmdStart = 100, kCmdStop = 101, kCmdExit = 103;
 constexpr int kToolStrip = 90;  // the host's tool strip at the right
 constexpr int kStatusBar = 24;
 }  // namespace
@@ -24,7 +24,6 @@ bool HostWindow::Create() {
     HMENU run = CreatePopupMenu();
     AppendMenuA(run, MF_STRING, kCmdStart, "Aufnahmeschema &starten\tF5");
     AppendMenuA(run, MF_STRING, kCmdStop, "Aufnahme a&bbrechen");
-    AppendMenuA(run, MF_STRING, kCmdConfigure, "Aufnahmeschemata &konfigurieren");
     AppendMenuA(run, MF_SEPARATOR, 0, nullptr);
     AppendMenuA(run, MF_STRING, kCmdExit, "B&eenden");
     AppendMenuA(menu, MF_POPUP, reinterpret_cast<UINT_PTR>(run), "&Aufnahme");
@@ -59,7 +58,6 @@ LRESULT HostWindow::Handle(UINT msg, WPARAM wp, LPARAM lp) {
             m_plugin.Stop();
             EndRun("Aufnahme abgebrochen");
             return 0;
-        case kCmdConfigure: m_plugin.Configure(m_hwnd); return 0;
         case kCmdExit: DestroyWindow(m_hwnd); return 0;
         }
         break;
