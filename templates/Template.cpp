@@ -79,7 +79,10 @@ bool CTemplate::Load(int number, const std::string& catalog) {
     ::GetPrivateProfileStringA(section.c_str(), "Name", "", name, sizeof name, catalog.c_str());
     m_strName = name;
     const std::string file = FolderOf(catalog) + section + ".ini";
-    for (int k = 1; GetTakeCount() <= kMaxTakes * 8; ++k) {
+    // A file with more take sections than any template could have is read no
+    // further than this, so a broken file cannot keep the module busy.
+    constexpr int kMaxTakeSections = 256;
+    for (int k = 1; k <= kMaxTakeSections; ++k) {
         char take[64];
         std::snprintf(take, sizeof take, "Take_%d_%d", number, k);
         if (::GetPrivateProfileIntA(take, "Sensor", 0, file.c_str()) == 0) return true;
