@@ -140,11 +140,10 @@ std::string CTake::GetToothLabel() const {
         std::snprintf(type, sizeof type, "%2u%s", static_cast<unsigned>(m_teeth[i]), "XI");
         char disp[8] = {};
         HostGetTakeTypeDisp(type, disp);
-        std::string piece(disp, strnlen(disp, 2));
-        piece.erase(0, piece.find_first_not_of(' ') == std::string::npos
-                           ? piece.size()
-                           : piece.find_first_not_of(' '));
-        if (piece.empty()) continue;
+        const std::string twoChars(disp, strnlen(disp, 2));
+        const size_t first = twoChars.find_first_not_of(' ');
+        if (first == std::string::npos) continue;  // nothing to show, no comma either
+        const std::string piece = twoChars.substr(first);
         label += piece;
         if (i + 1 < m_teeth.size()) label += ',';
     }
