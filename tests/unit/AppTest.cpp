@@ -55,8 +55,8 @@ protected:
         testing_support::WriteText(
             dir.File("Template\\Template1.ini"),
             "[Take_1_1]\r\nSensor=2\r\nTeeth=11,12\r\nWindowPositionX=100\r\nWindowPositionY=100\r\n"
-            "ZoomDenominator=4\r\n[Take_1_2]\r\nSensor=2\r\nTeeth=21\r\nWindowPositionX=400\r\n"
-            "WindowPositionY=100\r\nZoomDenominator=4\r\n[Take_1_3]\r\nSensor=2\r\nTeeth=36\r\n"
+            "ZoomDenominator=4\r\nHolder=1\r\n[Take_1_2]\r\nSensor=2\r\nTeeth=21\r\nWindowPositionX=400\r\n"
+            "WindowPositionY=100\r\nZoomDenominator=4\r\nHolder=1\r\n[Take_1_3]\r\nSensor=2\r\nTeeth=36\r\n"
             "WindowPositionX=400\r\nWindowPositionY=400\r\nZoomDenominator=4\r\n");
     }
     bool Start(HWND host) {
@@ -69,6 +69,19 @@ protected:
         const BOOL ok = TheApp().Start(host);
         user.get();
         return ok != FALSE;
+    }
+    // The colour at the centre of a take as the preview shows it on screen.
+    COLORREF ShownAt(int position) {
+        CLayoutCanvas& canvas = TheApp().GetPreview()->Canvas();
+        RedrawWindow(canvas.hwnd(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+        for (int i = 0; i < canvas.GetTrackerCount(); ++i) {
+            CTakeTracker* t = canvas.GetTracker(i);
+            if (t->GetItemTake()->GetPosition() != position) continue;
+            const RECT r = t->GetTrackerRect();
+            fw::WindowDC dc(canvas.hwnd());
+            return GetPixel(dc.get(), (r.left + r.right) / 2, (r.top + r.bottom) / 2 + 4);
+        }
+        return CLR_INVALID;
     }
     int Marked() {
         CTake* t = TheApp().GetPreview()->Canvas().GetSelectedTake();
@@ -107,6 +120,8 @@ TEST_F(Preview, SitsAtTheHostsLeftEdgeAndMarksTheCurrentTake) {
     RECT out, hostRect{0, 0, 844, 698};
     EXPECT_EQ(2, TheApp().DeliverTake(&hostRect, &label, &orientation, &out));
     EXPECT_EQ(0, Marked());
+    EXPECT_EQ(RGB(255, 0, 0), ShownAt(0)) << "the active take in its holder's colour";
+    EXPECT_EQ(RGB(0, 0, 0), ShownAt(1)) << "the others in its inactive colour";
     EXPECT_EQ(3, TheApp().DeliverTake(&hostRect, &label, &orientation, &out));
     EXPECT_EQ(1, Marked());
     EXPECT_TRUE(TheApp().StepBack());  // P 3 -> 2

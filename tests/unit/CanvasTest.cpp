@@ -224,3 +224,25 @@ TEST_F(Canvas, MovedTakeFollowsTheMouseInsideTheArea) {
 }
 
 }  // namespace
+
+#include "ui/TakeDlg.h"
+
+namespace {
+
+TEST(TakeDialogPicture, ReducedByOneFactorAndCentred) {
+    RECT r = CTakeDlg::FitImage({0, 0, 500, 430}, 600, 400);
+    EXPECT_EQ(0, r.left);
+    EXPECT_EQ(49, r.top) << "215 - 166";
+    EXPECT_EQ(500, r.right - r.left);
+    EXPECT_EQ(333, r.bottom - r.top);
+    r = CTakeDlg::FitImage({10, 20, 510, 450}, 100, 50);
+    EXPECT_EQ(10 + 200, r.left) << "never enlarged, centred";
+    EXPECT_EQ(20 + 190, r.top);
+    EXPECT_EQ(100, r.right - r.left);
+    r = CTakeDlg::FitImage({0, 0, 300, 300}, 200, 600);
+    EXPECT_EQ(100, r.right - r.left) << "the vertical factor 0.5 is the smaller";
+    EXPECT_EQ(300, r.bottom - r.top);
+    EXPECT_EQ(100, r.left);
+}
+
+}  // namespace
