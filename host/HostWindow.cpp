@@ -171,7 +171,7 @@ void HostWindow::Deliver(HGLOBAL header, HGLOBAL bits, bool stepBackAndAsk) {
 void HostWindow::Expose() {
     if (!m_haveTake) return;
     Exposure e = MakeExposure(m_takeLabel, m_takeVertical != 0, ++m_exposures);
-    Placed placed{m_takeRect, m_takeLabel, fw::UniqueBitmap(ExposureToBitmap(e))};
+    Placed placed{m_takeRect, fw::UniqueBitmap(ExposureToBitmap(e))};
     // A repeated take replaces the image at its place.
     for (auto it = m_images.begin(); it != m_images.end();)
         it = EqualRect(&it->rect, &placed.rect) ? m_images.erase(it) : it + 1;

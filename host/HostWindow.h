@@ -30,7 +30,6 @@ public:
 private:
     struct Placed {
         RECT rect;
-        std::string label;
         fw::UniqueBitmap bitmap;
     };
     static LRESULT CALLBACK Proc(HWND, UINT, WPARAM, LPARAM);

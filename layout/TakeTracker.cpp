@@ -23,9 +23,7 @@ CTakeTracker::CTakeTracker(CLayoutCanvas* canvas, CTake* take, bool bSelected)
     }
     m_hFont = s.GetFont();
     if (m_pCanvas) {
-        RECT c = m_pCanvas->GetClientRect();
-        m_dScaleX = 1024.0 / fw::Width(c);
-        m_dScaleY = 768.0 / fw::Height(c);
+        ScaleToCanvas();
         m_nLimitLeft = static_cast<int>(70 / m_dScaleX);
         m_nLimitTop = static_cast<int>(50 / m_dScaleY);
         m_nLimitRight = static_cast<int>(110 / m_dScaleX);
@@ -44,16 +42,18 @@ void CTakeTracker::SetTake(CTake* take) {
 
 void CTakeTracker::Recalc() {
     if (m_pTake) m_rcTake = m_pTake->GetRect();
-    if (m_pCanvas) {
-        m_rcClient = m_pCanvas->GetClientRect();
-        m_dScaleX = 1024.0 / fw::Width(m_rcClient);
-        m_dScaleY = 768.0 / fw::Height(m_rcClient);
-    }
+    if (m_pCanvas) ScaleToCanvas();
     m_rect = {static_cast<LONG>(m_rcTake.left / m_dScaleX),
               static_cast<LONG>(m_rcTake.top / m_dScaleY),
               static_cast<LONG>(m_rcTake.right / m_dScaleX),
               static_cast<LONG>(m_rcTake.bottom / m_dScaleY)};
     m_rcItem = m_rect;
+}
+
+void CTakeTracker::ScaleToCanvas() {
+    m_rcClient = m_pCanvas->GetClientRect();
+    m_dScaleX = 1024.0 / fw::Width(m_rcClient);
+    m_dScaleY = 768.0 / fw::Height(m_rcClient);
 }
 
 void CTakeTracker::SetSelected(bool bSelected) {

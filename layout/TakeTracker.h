@@ -35,6 +35,8 @@ protected:
     void OnChangedRect(const RECT& previous) override;
 
 private:
+    // Client rectangle and layout scales from the canvas as it is now.
+    void ScaleToCanvas();
     template <typename Op> void Transform(Op op);
     void PaintLabel(HDC dc, bool bOrderMode);
     bool BuildOutline(fw::UniqueRgn& region) const;

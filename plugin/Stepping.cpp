@@ -70,9 +70,10 @@ int CTemplateApp::ShowTakeReview(HGLOBAL hDibHeader, HGLOBAL hDibBits) {
     }
 }
 
-int CTemplateApp::RunFinishLoop(int nMode, bool bAskVariant, const RECT& host,
-                                std::string& label, int* pnOrientation, RECT& mapped) {
-    CFinishDlg dlg(nMode, nullptr);
+int CTemplateApp::RunFinishLoop(bool bAskVariant, const RECT& host, std::string& label,
+                                int* pnOrientation, RECT& mapped) {
+    // Asked by the host: middle of the template; otherwise its end.
+    CFinishDlg dlg(bAskVariant ? 0 : 1, nullptr);
     if (bAskVariant) StepBack();
     for (;;) {
         switch (dlg.DoModal()) {
@@ -118,14 +119,14 @@ int CTemplateApp::GetNext(HWND hwndHost, HGLOBAL hDibHeader, HGLOBAL hDibBits,
     RECT mapped{};
     int result;
     if (bStepBackAndAsk) {
-        result = RunFinishLoop(0, true, host, label, pnOrientation, mapped);
+        result = RunFinishLoop(true, host, label, pnOrientation, mapped);
         if (result == -1 && !m_bRunActive) return -1;
     } else {
         if (header && bits && ShowTakeReview(header.get(), bits.get()) < 0) return -1;
         result = DeliverTake(&host, &label, pnOrientation, &mapped);
         if (result == -1) {
             if (pbTemplateDone) *pbTemplateDone = TRUE;
-            result = RunFinishLoop(1, false, host, label, pnOrientation, mapped);
+            result = RunFinishLoop(false, host, label, pnOrientation, mapped);
             if (result == -1 && !m_bRunActive) return -1;
         }
     }

@@ -53,8 +53,8 @@ private:
     bool Admit(HWND hwndHost) const;
     void ClosePreview();
     int ShowTakeReview(HGLOBAL hDibHeader, HGLOBAL hDibBits);
-    int RunFinishLoop(int nMode, bool bAskVariant, const RECT& host, std::string& label,
-                      int* pnOrientation, RECT& mapped);
+    int RunFinishLoop(bool bAskVariant, const RECT& host, std::string& label, int* pnOrientation,
+                      RECT& mapped);
 
     BOOL m_bRunActive = FALSE;
     CPreviewDlg* m_pPreviewDlg = nullptr;

@@ -4,7 +4,6 @@
 namespace {
 struct Search {
     int id;
-    HWND previous;
     HWND found;
 };
 
@@ -12,7 +11,7 @@ BOOL CALLBACK FindDialog(HWND h, LPARAM lp) {
     auto* s = reinterpret_cast<Search*>(lp);
     char cls[16];
     GetClassNameA(h, cls, sizeof cls);
-    if (std::strcmp(cls, "#32770") != 0 || !IsWindowVisible(h) || h == s->previous) return TRUE;
+    if (std::strcmp(cls, "#32770") != 0 || !IsWindowVisible(h)) return TRUE;
     // Window handles are reused: a mark tells a dialog already answered from a new one.
     if (!GetDlgItem(h, s->id) || GetPropA(h, "DialogDriverSeen")) return TRUE;
     SetPropA(h, "DialogDriverSeen", reinterpret_cast<HANDLE>(1));
@@ -21,9 +20,9 @@ BOOL CALLBACK FindDialog(HWND h, LPARAM lp) {
 }
 }  // namespace
 
-HWND DialogDriver::WaitFor(int id, HWND previous, int timeoutMs) const {
+HWND DialogDriver::WaitFor(int id, int timeoutMs) const {
     for (int waited = 0; waited < timeoutMs; waited += 20) {
-        Search s{id, previous, nullptr};
+        Search s{id, nullptr};
         EnumThreadWindows(m_uiThread, FindDialog, reinterpret_cast<LPARAM>(&s));
         if (s.found) {
             Sleep(30);  // let the dialog finish its initialisation

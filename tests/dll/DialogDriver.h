@@ -10,8 +10,8 @@ public:
     DialogDriver() : m_uiThread(GetCurrentThreadId()) {}
 
     // The next visible dialog of the UI thread that has control `id` and was
-    // not found before (nor is `previous`); null after the time-out.
-    HWND WaitFor(int id, HWND previous = nullptr, int timeoutMs = 8000) const;
+    // not found before; null after the time-out.
+    HWND WaitFor(int id, int timeoutMs = 8000) const;
     // Waits until the window is gone; false after the time-out.
     static bool WaitGone(HWND hwnd, int timeoutMs = 8000);
 

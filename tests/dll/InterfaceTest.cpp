@@ -108,7 +108,7 @@ TEST_F(Interface, ConfigureDuringARunLeavesTheRunAlone) {
     EXPECT_TRUE(p.Configure(host.hwnd()));
     EXPECT_EQ(2, p.GetState());
     EXPECT_EQ(1, PreviewWindows());
-    HWND preview = DialogDriver().WaitFor(15039, nullptr, 2000);
+    HWND preview = DialogDriver().WaitFor(15039, 2000);
     ASSERT_NE(nullptr, preview);
     RedrawWindow(preview, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
     // The run goes on where it was: take 2 comes next (the review is skipped
@@ -133,7 +133,7 @@ TEST_F(Interface, UninitializeDuringARunOrphansIt) {
     Catalog cat;
     cat.AddTemplate(1, "A", ThreeTakes());
     ASSERT_TRUE(StartOn(cat, host.hwnd()));
-    HWND preview = DialogDriver().WaitFor(15039, nullptr, 2000);
+    HWND preview = DialogDriver().WaitFor(15039, 2000);
     EXPECT_TRUE(p.Uninitialize());
     EXPECT_EQ(2, p.GetState());
     EXPECT_FALSE(p.Stop()) << "Stop must not end an orphaned run";

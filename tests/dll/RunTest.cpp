@@ -48,7 +48,7 @@ protected:
                                       ASSERT_NE(nullptr, dlg);
                                       EXPECT_TRUE(DialogDriver::Click(dlg, id));
                                       if (id == kBack || id == kSkip) {
-                                          HWND again = d.WaitFor(kPicture, dlg);
+                                          HWND again = d.WaitFor(kPicture);
                                           ASSERT_NE(nullptr, again);
                                           DialogDriver::Click(again, IDOK);
                                       }
@@ -180,7 +180,7 @@ TEST_F(Run, TimerGoesOnByItselfButNotAfterBack) {
                                         HWND dlg = drv.WaitFor(kPicture);
                                         ASSERT_NE(nullptr, dlg);
                                         DialogDriver::Click(dlg, kBack);
-                                        HWND again = drv.WaitFor(kPicture, dlg);
+                                        HWND again = drv.WaitFor(kPicture);
                                         ASSERT_NE(nullptr, again);
                                         Sleep(1800);
                                         stillOpen = IsWindow(again) && IsWindowVisible(again);
@@ -200,7 +200,7 @@ TEST_F(Run, MovedTakeDialogComesBackWhereTheUserLeftIt) {
         SetWindowPos(dlg, nullptr, 37, 41, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
         GetWindowRect(dlg, &first);
         DialogDriver::Click(dlg, kBack);
-        HWND again = d.WaitFor(kPicture, dlg);
+        HWND again = d.WaitFor(kPicture);
         ASSERT_NE(nullptr, again);
         GetWindowRect(again, &second);
         DialogDriver::Click(again, IDOK);
@@ -225,11 +225,11 @@ TEST_F(Run, FinishDialogStatesWhileSteppingAtTheEnd) {
                                         seen.push_back(StatesOf(fin));
                                         EXPECT_FALSE(DialogDriver::Click(fin, kFinNext));
                                         DialogDriver::Click(fin, kBack);  // P = 3
-                                        HWND fin2 = drv.WaitFor(kFinAccept, fin);
+                                        HWND fin2 = drv.WaitFor(kFinAccept);
                                         ASSERT_NE(nullptr, fin2);
                                         seen.push_back(StatesOf(fin2));
                                         DialogDriver::Click(fin2, kFinSkip);  // P stays 3 = N
-                                        HWND fin3 = drv.WaitFor(kFinAccept, fin2);
+                                        HWND fin3 = drv.WaitFor(kFinAccept);
                                         ASSERT_NE(nullptr, fin3);
                                         seen.push_back(StatesOf(fin3));
                                         DialogDriver::Click(fin3, kFinNext);
@@ -254,7 +254,7 @@ TEST_F(Run, OneTakeTemplateBackGivesTheFirstTakeState) {
                                         ASSERT_NE(nullptr, fin);
                                         seen.push_back(StatesOf(fin));
                                         DialogDriver::Click(fin, kBack);
-                                        HWND fin2 = drv.WaitFor(kFinAccept, fin);
+                                        HWND fin2 = drv.WaitFor(kFinAccept);
                                         ASSERT_NE(nullptr, fin2);
                                         seen.push_back(StatesOf(fin2));
                                         DialogDriver::Click(fin2, kQuit);
@@ -321,9 +321,7 @@ TEST_F(Run, MappingScalesWithTheHostRectangleNotItsPlace) {
     EXPECT_EQ((RECT{94, 85, 189, 150}), b.rect);
 }
 
-}  // namespace
 
-namespace {
 
 TEST_F(Run, BrokenImagesAreShownAsNothingAndFreed) {
     ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));

@@ -47,6 +47,13 @@ protected:
     void TearDown() override {
         TheApp().StopRun();
         TheApp().Uninitialize();
+        if (host) DestroyWindow(host);
+    }
+    // The host's main window, destroyed with the test.
+    HWND MakeHost(int x, int y, int w, int h) {
+        host = CreateWindowExA(0, "STATIC", "host", WS_POPUP | WS_VISIBLE, x, y, w, h, nullptr,
+                               nullptr, nullptr, nullptr);
+        return host;
     }
     void Write(const std::string& application) {
         testing_support::WriteText(
@@ -89,16 +96,12 @@ protected:
     }
     testing_support::ScratchDir dir;
     std::string ini;
+    HWND host = nullptr;
 };
-
-HWND MakeHost(int x, int y, int w, int h) {
-    return CreateWindowExA(0, "STATIC", "host", WS_POPUP | WS_VISIBLE, x, y, w, h, nullptr, nullptr,
-                           nullptr, nullptr);
-}
 
 TEST_F(Preview, SitsAtTheHostsLeftEdgeAndMarksTheCurrentTake) {
     Write("");
-    HWND host = MakeHost(0, 0, 1024, 768);
+    MakeHost(0, 0, 1024, 768);
     ASSERT_TRUE(Start(host));
     CPreviewDlg* preview = TheApp().GetPreview();
     ASSERT_NE(nullptr, preview);
@@ -133,12 +136,11 @@ TEST_F(Preview, SitsAtTheHostsLeftEdgeAndMarksTheCurrentTake) {
     EXPECT_EQ(2, Marked());
     EXPECT_FALSE(TheApp().StepForward()) << "never beyond N";
     EXPECT_EQ(3u, TheApp().GetPosition());
-    DestroyWindow(host);
 }
 
 TEST_F(Preview, HostLowerOnTheScreenAndOrderLabels) {
     Write("ShowToothNumbers=0\r\nTakeDlgWidth=400\r\nTakeDlgHeight=300\r\n");
-    HWND host = MakeHost(50, 100, 1000, 768);
+    MakeHost(50, 100, 1000, 768);
     ASSERT_TRUE(Start(host));
     RECT r = TheApp().GetPreview()->GetWindowRect();
     EXPECT_EQ(50, r.left);
@@ -148,12 +150,11 @@ TEST_F(Preview, HostLowerOnTheScreenAndOrderLabels) {
     EXPECT_TRUE(TheApp().StopRun());
     EXPECT_EQ(nullptr, TheApp().GetPreview());
     EXPECT_EQ(nullptr, TheApp().GetTemplate());
-    DestroyWindow(host);
 }
 
 TEST_F(Preview, EscapeHidesThePreviewButTheRunGoesOn) {
     Write("");
-    HWND host = MakeHost(0, 0, 800, 600);
+    MakeHost(0, 0, 800, 600);
     ASSERT_TRUE(Start(host));
     HWND preview = TheApp().GetPreview()->hwnd();
     SendMessageA(preview, WM_COMMAND, IDCANCEL, 0);
@@ -161,7 +162,6 @@ TEST_F(Preview, EscapeHidesThePreviewButTheRunGoesOn) {
     EXPECT_EQ(2, TheApp().GetRunState());
     EXPECT_TRUE(TheApp().StopRun());
     EXPECT_FALSE(IsWindow(preview));
-    DestroyWindow(host);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "layout/LayoutCanvas.h"
 #include "layout/LayoutOwner.h"
 #include "templates/Template.h"
+#include "ui/TakeDlg.h"
 
 namespace {
 
@@ -222,12 +223,6 @@ TEST_F(Canvas, MovedTakeFollowsTheMouseInsideTheArea) {
     EXPECT_EQ(50, r.top);
     EXPECT_EQ(t, canvas.GetSelectedTracker());
 }
-
-}  // namespace
-
-#include "ui/TakeDlg.h"
-
-namespace {
 
 TEST(TakeDialogPicture, ReducedByOneFactorAndCentred) {
     RECT r = CTakeDlg::FitImage({0, 0, 500, 430}, 600, 400);

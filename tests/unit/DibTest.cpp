@@ -254,16 +254,8 @@ TEST_F(Hostile, ColourCountsFromTheHeader) {
 }
 
 TEST(Thumbnail, ScreenBitmapBecomesA32BitFileAndReadsBack) {
-    fw::WindowDC screen(nullptr);
-    fw::UniqueBitmap bmp(CreateCompatibleBitmap(screen.get(), 200, 150));
-    {
-        fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
-        fw::SelectObj sel(dc.get(), bmp.get());
-        PatBlt(dc.get(), 0, 0, 200, 150, WHITENESS);
-        fw::UniqueBrush red(CreateSolidBrush(RGB(255, 0, 0)));
-        RECT r{10, 20, 60, 70};
-        FillRect(dc.get(), &r, red.get());
-    }
+    fw::UniqueBitmap bmp = FilledBitmap(200, 150);
+    FillBitmapRect(bmp.get(), {10, 20, 60, 70}, RGB(255, 0, 0));
     fw::UniqueGlobal dib(BitmapToDib(bmp.get(), BI_RGB, 0, nullptr));
     ASSERT_NE(nullptr, dib.get());
     BITMAPINFOHEADER info;
@@ -292,12 +284,7 @@ TEST(Thumbnail, ScreenBitmapBecomesA32BitFileAndReadsBack) {
 
 TEST(Drawing, StretchInPlaceKeepsTheSize) {
     fw::WindowDC screen(nullptr);
-    fw::UniqueBitmap bmp(CreateCompatibleBitmap(screen.get(), 100, 80));
-    fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
-    {
-        fw::SelectObj sel(dc.get(), bmp.get());
-        PatBlt(dc.get(), 0, 0, 100, 80, WHITENESS);
-    }
+    fw::UniqueBitmap bmp = FilledBitmap(100, 80);
     StretchBitmapInPlace(screen.get(), bmp.get(), 0.5, 0.25);
     int w, h;
     auto px = BitmapPixels(bmp.get(), w, h);
@@ -307,12 +294,8 @@ TEST(Drawing, StretchInPlaceKeepsTheSize) {
     EXPECT_EQ(0u, px[19 * 100 + 50]);
     EXPECT_EQ(0u, px[20 * 100 + 49]);
 
-    fw::UniqueBitmap stripes(CreateCompatibleBitmap(screen.get(), 100, 10));
-    {
-        fw::SelectObj sel(dc.get(), stripes.get());
-        PatBlt(dc.get(), 0, 0, 100, 10, BLACKNESS);
-        PatBlt(dc.get(), 50, 0, 50, 10, WHITENESS);  // right half white
-    }
+    fw::UniqueBitmap stripes = FilledBitmap(100, 10, BLACKNESS);
+    FillBitmapRect(stripes.get(), {50, 0, 100, 10}, RGB(255, 255, 255));  // right half white
     StretchBitmapInPlace(screen.get(), stripes.get(), 1.999, 1.0);  // 199 wide, left 100 kept
     px = BitmapPixels(stripes.get(), w, h);
     EXPECT_EQ(100, w);
@@ -322,19 +305,11 @@ TEST(Drawing, StretchInPlaceKeepsTheSize) {
 TEST(Drawing, TransparentBitmapLetsTheBackgroundShowThroughBlack) {
     fw::WindowDC screen(nullptr);
     fw::UniqueDC target(CreateCompatibleDC(screen.get()));
-    fw::UniqueBitmap canvas(CreateCompatibleBitmap(screen.get(), 20, 10));
-    fw::UniqueBitmap sprite(CreateCompatibleBitmap(screen.get(), 10, 10));
-    {
-        fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
-        fw::SelectObj sel(dc.get(), sprite.get());
-        PatBlt(dc.get(), 0, 0, 10, 10, BLACKNESS);
-        fw::UniqueBrush blue(CreateSolidBrush(RGB(0, 0, 255)));
-        RECT r{0, 0, 5, 10};
-        FillRect(dc.get(), &r, blue.get());  // left half blue, right half black
-    }
+    fw::UniqueBitmap canvas = FilledBitmap(20, 10);
+    fw::UniqueBitmap sprite = FilledBitmap(10, 10, BLACKNESS);
+    FillBitmapRect(sprite.get(), {0, 0, 5, 10}, RGB(0, 0, 255));  // left half blue, right black
     {
         fw::SelectObj sel(target.get(), canvas.get());
-        PatBlt(target.get(), 0, 0, 20, 10, WHITENESS);
         DrawTransparentBitmap(target.get(), sprite.get(), 5, 0, RGB(0, 0, 0));
     }
     int w, h;

@@ -18,16 +18,6 @@ CTake* NewTake(std::vector<BYTE> teeth, int sensor, int x, int y) {
     return t;
 }
 
-// A 200 x 150 screen bitmap, as the canvas renders a thumbnail.
-fw::UniqueBitmap Thumbnail() {
-    fw::WindowDC screen(nullptr);
-    fw::UniqueBitmap b(CreateCompatibleBitmap(screen.get(), 200, 150));
-    fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
-    fw::SelectObj sel(dc.get(), b.get());
-    PatBlt(dc.get(), 0, 0, 200, 150, WHITENESS);
-    return b;
-}
-
 class Catalog : public testing::Test {
 protected:
     std::string Cat() const { return settings.path(); }
@@ -36,7 +26,7 @@ protected:
         WritePrivateProfileStringA(section, key, value, Cat().c_str());
     }
     SettingsFile settings;
-    fw::UniqueBitmap thumb = Thumbnail();
+    fw::UniqueBitmap thumb = testing_support::FilledBitmap(200, 150);
 };
 
 TEST_F(Catalog, SavedTemplateLoadsBackWithEveryField) {
@@ -194,10 +184,6 @@ TEST(TemplateList, RenumberAndModifiedFlag) {
     EXPECT_FALSE(t.IsModified()) << "an empty template is never modified";
 }
 
-}  // namespace
-
-namespace {
-
 TEST(Leaks, LoadingAndSavingAgainAndAgainKeepsGdiAndHeapFlat) {
     SettingsFile settings;
     const std::string cat = settings.path();
@@ -206,7 +192,7 @@ TEST(Leaks, LoadingAndSavingAgainAndAgainKeepsGdiAndHeapFlat) {
         CTemplate t;
         t.SetName("L");
         t.AddTake(NewTake({11, 12}, 1, 100, 100));
-        t.Save(Thumbnail().get(), cat, true);
+        t.Save(testing_support::FilledBitmap(200, 150).get(), cat, true);
         CTemplate back;
         back.Load(t.GetNumber(), cat);
     };

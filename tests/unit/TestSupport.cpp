@@ -121,6 +121,23 @@ int HeapBlockCount() {
     return count;
 }
 
+fw::UniqueBitmap FilledBitmap(int w, int h, DWORD rop) {
+    fw::WindowDC screen(nullptr);
+    fw::UniqueBitmap bitmap(CreateCompatibleBitmap(screen.get(), w, h));
+    fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
+    fw::SelectObj sel(dc.get(), bitmap.get());
+    PatBlt(dc.get(), 0, 0, w, h, rop);
+    return bitmap;
+}
+
+void FillBitmapRect(HBITMAP bitmap, RECT r, COLORREF color) {
+    fw::WindowDC screen(nullptr);
+    fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
+    fw::SelectObj sel(dc.get(), bitmap);
+    fw::UniqueBrush brush(CreateSolidBrush(color));
+    FillRect(dc.get(), &r, brush.get());
+}
+
 std::vector<DWORD> BitmapPixels(HBITMAP bitmap, int& width, int& height) {
     BITMAP bm{};
     GetObjectA(bitmap, sizeof bm, &bm);

@@ -4,6 +4,7 @@
 #include <windows.h>
 #include <string>
 #include <vector>
+#include "fw/Handle.h"
 
 namespace testing_support {
 
@@ -36,6 +37,11 @@ bool SectionExists(const std::string& file, const char* section);
 int GdiObjectCount();
 // Busy blocks of the process heap, where global memory blocks live.
 int HeapBlockCount();
+
+// A screen-compatible bitmap of w x h, filled with WHITENESS or BLACKNESS.
+fw::UniqueBitmap FilledBitmap(int w, int h, DWORD rop = WHITENESS);
+// Fills a rectangle of a bitmap with one colour.
+void FillBitmapRect(HBITMAP bitmap, RECT r, COLORREF color);
 
 // A screen-compatible bitmap's pixels as 0x00RRGGBB, top row first.
 std::vector<DWORD> BitmapPixels(HBITMAP bitmap, int& width, int& height);
