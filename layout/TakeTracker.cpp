@@ -4,6 +4,7 @@
 #include "fw/Gdi.h"
 #include "layout/LayoutCanvas.h"
 #include "settings/Settings.h"
+#include "templates/LayoutSpace.h"
 #include "templates/Take.h"
 
 CTakeTracker::CTakeTracker(CLayoutCanvas* canvas, CTake* take, bool bSelected)
@@ -14,20 +15,20 @@ CTakeTracker::CTakeTracker(CLayoutCanvas* canvas, CTake* take, bool bSelected)
     m_crActive = s.GetActiveColor();
     m_crInactive = s.GetInactiveColor();
     m_dragBrush.reset(::CreateSolidBrush(s.GetDragColor()));
-    // Looked up by the raw number: only the black-on-white fallback matters
-    // here, Paint looks the holder up again properly.
-    m_pHolder = take ? s.GetHolder(take->GetHolder()) : nullptr;
-    if (!m_pHolder) {
-        m_crFill = RGB(0, 0, 0);
-        m_crText = RGB(255, 255, 255);
-    }
+    // Black with a white label until Paint finds the take's holder. Looking
+    // the holder up by its raw number here, as an index, would find the wrong
+    // holder for holder 0 and leave a black label on the black fill.
+    m_crFill = RGB(0, 0, 0);
+    m_crText = RGB(255, 255, 255);
     m_hFont = s.GetFont();
     if (m_pCanvas) {
         ScaleToCanvas();
-        m_nLimitLeft = static_cast<int>(70 / m_dScaleX);
-        m_nLimitTop = static_cast<int>(50 / m_dScaleY);
-        m_nLimitRight = static_cast<int>(110 / m_dScaleX);
-        m_nLimitBottom = static_cast<int>(20 / m_dScaleY);
+        // Right and bottom limits are not where the layout area ends; they
+        // never matter, since a move passes on only left and top.
+        m_nLimitLeft = m_scale.PixelX(layout::kAreaLeft);
+        m_nLimitTop = m_scale.PixelY(layout::kAreaTop);
+        m_nLimitRight = m_scale.PixelX(110);
+        m_nLimitBottom = m_scale.PixelY(20);
     }
 }
 
@@ -43,17 +44,13 @@ void CTakeTracker::SetTake(CTake* take) {
 void CTakeTracker::Recalc() {
     if (m_pTake) m_rcTake = m_pTake->GetRect();
     if (m_pCanvas) ScaleToCanvas();
-    m_rect = {static_cast<LONG>(m_rcTake.left / m_dScaleX),
-              static_cast<LONG>(m_rcTake.top / m_dScaleY),
-              static_cast<LONG>(m_rcTake.right / m_dScaleX),
-              static_cast<LONG>(m_rcTake.bottom / m_dScaleY)};
+    m_rect = m_scale.ToPixels(m_rcTake);
     m_rcItem = m_rect;
 }
 
 void CTakeTracker::ScaleToCanvas() {
     m_rcClient = m_pCanvas->GetClientRect();
-    m_dScaleX = 1024.0 / fw::Width(m_rcClient);
-    m_dScaleY = 768.0 / fw::Height(m_rcClient);
+    m_scale = layout::CanvasScale::For(m_rcClient);
 }
 
 void CTakeTracker::SetSelected(bool bSelected) {
@@ -89,8 +86,7 @@ void CTakeTracker::OnChangedRect(const RECT& previous) {
     m_rect.top = std::max<LONG>(m_rect.top, m_nLimitTop);
     m_rect.right = std::min<LONG>(m_rect.right, m_nLimitRight);
     m_rect.bottom = std::min<LONG>(m_rect.bottom, m_nLimitBottom);
-    m_pTake->MoveTo(static_cast<int>(m_rect.left * m_dScaleX),
-                    static_cast<int>(m_rect.top * m_dScaleY));
+    m_pTake->MoveTo(m_scale.LayoutX(m_rect.left), m_scale.LayoutY(m_rect.top));
     Recalc();
 }
 

@@ -4,6 +4,7 @@
 #include <windows.h>
 #include "fw/Handle.h"
 #include "fw/RectTracker.h"
+#include "templates/LayoutSpace.h"
 
 class CLayoutCanvas;
 class CTake;
@@ -46,11 +47,10 @@ private:
     int m_nLimitLeft = 0, m_nLimitTop = 0, m_nLimitRight = 0, m_nLimitBottom = 0;
     BOOL m_bTracking = FALSE;
     RECT m_rcTake{};
-    double m_dScaleX = 1.0, m_dScaleY = 1.0;
+    layout::CanvasScale m_scale;
     BOOL m_bSelected;
     RECT m_rcItem{};
     CTake* m_pTake = nullptr;
-    const CHolder* m_pHolder = nullptr;
     const CSensor* m_pSensor = nullptr;
     COLORREF m_crActive = 0, m_crInactive = 0;
     COLORREF m_crFill = 0, m_crText = 0;

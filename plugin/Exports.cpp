@@ -1,23 +1,8 @@
-// The eight functions the host calls. Each switches to the module's resources
-// for the call and keeps every exception inside the module.
+// The eight functions the host calls: each a thin call into the module object
+// behind the export guard.
 #include "zemblax.h"
-#include "fw/Beep.h"
-#include "fw/Module.h"
+#include "plugin/ExportGuard.h"
 #include "plugin/TemplateApp.h"
-
-namespace {
-
-template <typename R, typename F>
-R Guarded(R failure, F f) {
-    try {
-        fw::ModuleState state;
-        return f(TheApp());
-    } catch (...) {
-        return failure;
-    }
-}
-
-}  // namespace
 
 extern "C" {
 
@@ -27,35 +12,35 @@ BOOL WINAPI ZEMBLAX_CheckVersion(UINT nHostVersion, UINT* pnModuleVersion) {
 }
 
 BOOL WINAPI ZEMBLAX_Initialize(LPCSTR pszBasePath) {
-    return Guarded(FALSE, [&](CTemplateApp& app) { return app.Initialize(pszBasePath); });
+    return Guarded(__func__, FALSE, [&] { return TheApp().Initialize(pszBasePath); });
 }
 
 BOOL WINAPI ZEMBLAX_Start(HWND hwndHost) {
-    return Guarded(FALSE, [&](CTemplateApp& app) { return app.Start(hwndHost); });
+    return Guarded(__func__, FALSE, [&] { return TheApp().Start(hwndHost); });
 }
 
 int WINAPI ZEMBLAX_GetState(void) {
-    return Guarded(ZEMBLAX_STATE_IDLE, [](CTemplateApp& app) { return app.GetRunState(); });
+    return Guarded(__func__, ZEMBLAX_STATE_IDLE, [] { return TheApp().GetRunState(); });
 }
 
 BOOL WINAPI ZEMBLAX_Stop(void) {
-    return Guarded(FALSE, [](CTemplateApp& app) { return app.Stop(); });
+    return Guarded(__func__, FALSE, [] { return TheApp().Stop(); });
 }
 
 BOOL WINAPI ZEMBLAX_Uninitialize(void) {
-    return Guarded(FALSE, [](CTemplateApp& app) { return app.Uninitialize(); });
+    return Guarded(__func__, FALSE, [] { return TheApp().Uninitialize(); });
 }
 
 BOOL WINAPI ZEMBLAX_Configure(HWND hwndHost) {
-    return Guarded(FALSE, [&](CTemplateApp& app) { return app.Configure(hwndHost); });
+    return Guarded(__func__, FALSE, [&] { return TheApp().Configure(hwndHost); });
 }
 
 int WINAPI ZEMBLAX_GetNext(HWND hwndHost, HGLOBAL hDibHeader, HGLOBAL hDibBits,
                            const RECT* prcHost, LPSTR pszLabel, int* pnOrientation,
                            RECT* prcTake, BOOL bStepBackAndAsk, BOOL* pbTemplateDone) {
-    return Guarded(-1, [&](CTemplateApp& app) {
-        return app.GetNext(hwndHost, hDibHeader, hDibBits, prcHost, pszLabel, pnOrientation,
-                           prcTake, bStepBackAndAsk, pbTemplateDone);
+    return Guarded(__func__, -1, [&] {
+        return TheApp().GetNext(hwndHost, hDibHeader, hDibBits, prcHost, pszLabel,
+                                pnOrientation, prcTake, bStepBackAndAsk, pbTemplateDone);
     });
 }
 

@@ -4,6 +4,7 @@
 #include "fw/Beep.h"
 #include "fw/Handle.h"
 #include "plugin/TemplateApp.h"
+#include "templates/LayoutSpace.h"
 #include "templates/Template.h"
 #include "ui/FinishDlg.h"
 #include "ui/PreviewDlg.h"
@@ -22,15 +23,6 @@ BOOL CTemplateApp::StepForward() {
     return m_nPosition < count;
 }
 
-RECT CTemplateApp::MapTakeRect(const RECT& take, const RECT& host) {
-    const int w = host.right - host.left, h = host.bottom - host.top;
-    const double sx = w * (1.0 / 844.0), sy = h * (1.0 / 698.0);
-    RECT r = take;
-    ::OffsetRect(&r, -70, -50);
-    return {static_cast<LONG>(r.left * sx), static_cast<LONG>(r.top * sy),
-            static_cast<LONG>(r.right * sx), static_cast<LONG>(r.bottom * sy)};
-}
-
 int CTemplateApp::DeliverTake(const RECT* prcHost, std::string* pLabel, int* pnOrientation,
                               RECT* prcOut) {
     if (!m_pTemplate || !m_pPreviewDlg) return static_cast<int>(m_nPosition);
@@ -39,7 +31,7 @@ int CTemplateApp::DeliverTake(const RECT* prcHost, std::string* pLabel, int* pnO
     *pnOrientation = take->IsVertical() ? 1 : 0;
     *pLabel = take->GetCenterToothString();
     m_pPreviewDlg->SetActiveTake(static_cast<int>(m_nPosition) - 1);
-    *prcOut = MapTakeRect(take->GetRect(), *prcHost);
+    *prcOut = layout::MapToHost(take->GetRect(), *prcHost);
     return static_cast<int>(++m_nPosition);
 }
 

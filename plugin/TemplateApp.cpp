@@ -11,9 +11,10 @@ CTemplateApp theApp;
 
 CTemplateApp& TheApp() { return theApp; }
 
-CSettings& TheSettings() { return theApp.m_settings; }
+CTemplateApp::CTemplateApp() { RegisterTheSettings(&m_settings); }
 
 CTemplateApp::~CTemplateApp() {
+    RegisterTheSettings(nullptr);
     delete m_pTemplate;
     m_pTemplate = nullptr;
     delete m_pPreviewDlg;

@@ -11,7 +11,7 @@ class CTemplate;
 
 class CTemplateApp {
 public:
-    CTemplateApp() = default;
+    CTemplateApp();
     virtual ~CTemplateApp();
     CTemplateApp(const CTemplateApp&) = delete;
     CTemplateApp& operator=(const CTemplateApp&) = delete;
@@ -36,8 +36,6 @@ public:
     BOOL StepBack();
     BOOL StepForward();
     int DeliverTake(const RECT* prcHost, std::string* pLabel, int* pnOrientation, RECT* prcOut);
-    // A layout rectangle mapped onto a host rectangle, relative to its corner.
-    static RECT MapTakeRect(const RECT& take, const RECT& host);
 
     bool IsInitialized() const { return m_bInitialized != 0; }
     const std::string& GetBasePath() const { return m_strBasePath; }

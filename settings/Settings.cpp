@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include "fw/Gdi.h"
+#include "templates/LayoutSpace.h"
 #include "templates/Take.h"
 #include "text/TextService.h"
 
@@ -27,6 +28,17 @@ COLORREF ReadColor(const char* section, const char* prefix, const char* file) {
 }
 
 }  // namespace
+
+namespace {
+CSettings* g_pTheSettings = nullptr;
+}
+
+CSettings& TheSettings() {
+    static CSettings unregistered;
+    return g_pTheSettings ? *g_pTheSettings : unregistered;
+}
+
+void RegisterTheSettings(CSettings* settings) { g_pTheSettings = settings; }
 
 CSettings::CSettings() { Reset(); }
 
@@ -129,7 +141,7 @@ void CSettings::ReadDropPositions(const char* file) {
         auto take = std::make_unique<CTake>();
         int x = ReadInt(section, "WindowPositionX", 0, file);
         int y = ReadInt(section, "WindowPositionY", 0, file);
-        if (x < 0 || x > 1024 || y < 0 || y > 768) x = y = 0;
+        if (!layout::Contains(x, y)) x = y = 0;
         UINT num = static_cast<UINT>(ReadInt(section, "ZoomNominator", 1, file));
         UINT den = static_cast<UINT>(ReadInt(section, "ZoomDenominator", 4, file));
         if (num < 1 || num > 10 || den < 1 || den > 10) num = 1, den = 4;

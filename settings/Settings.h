@@ -68,5 +68,8 @@ private:
     UINT m_nPreviewTimeout = 10;
 };
 
-// The one settings record of the module, owned by the module object.
+// The one settings record of the module. Its owner, the module object,
+// registers it; until then (a program with the model alone) an empty record
+// of this layer answers.
 CSettings& TheSettings();
+void RegisterTheSettings(CSettings* settings);

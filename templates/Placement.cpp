@@ -2,6 +2,7 @@
 // consistent with picture size and zoom, and inside the layout area.
 #include "fw/Beep.h"
 #include "settings/Settings.h"
+#include "templates/LayoutSpace.h"
 #include "templates/Take.h"
 
 void CTake::RecomputeRect() {
@@ -13,10 +14,10 @@ void CTake::RecomputeRect() {
 bool CTake::MoveTo(int x, int y) {
     const RECT old = m_rect;
     const int w = old.right - old.left, h = old.bottom - old.top;
-    if (static_cast<UINT>(x) < static_cast<UINT>(kLayoutLeft)) x = kLayoutLeft;
-    if (static_cast<UINT>(y) < static_cast<UINT>(kLayoutTop)) y = kLayoutTop;
-    if (w + x > kLayoutRight) x = kLayoutRight - w;
-    if (h + y > kLayoutBottom) y = kLayoutBottom - h;
+    if (static_cast<UINT>(x) < static_cast<UINT>(layout::kAreaLeft)) x = layout::kAreaLeft;
+    if (static_cast<UINT>(y) < static_cast<UINT>(layout::kAreaTop)) y = layout::kAreaTop;
+    if (w + x > layout::kAreaRight) x = layout::kAreaRight - w;
+    if (h + y > layout::kAreaBottom) y = layout::kAreaBottom - h;
     m_rect = {x, y, x + w, y + h};
     if (EqualRect(&old, &m_rect)) return false;
     m_bModified = TRUE;
@@ -32,11 +33,11 @@ bool CTake::MoveBy(int dx, int dy) {
 
 bool CTake::FitPosition(int& x, int& y) const {
     const int w = m_rect.right - m_rect.left, h = m_rect.bottom - m_rect.top;
-    x = m_rect.left > kLayoutLeft ? m_rect.left : kLayoutLeft;
-    y = m_rect.top > kLayoutTop ? m_rect.top : kLayoutTop;
-    if (w + x > kLayoutRight) x = kLayoutRight - w;
-    if (h + y > kLayoutBottom) y = kLayoutBottom - h;
-    return x >= kLayoutLeft && y >= kLayoutTop && w + x <= kLayoutRight && h + y <= kLayoutBottom;
+    x = m_rect.left > layout::kAreaLeft ? m_rect.left : layout::kAreaLeft;
+    y = m_rect.top > layout::kAreaTop ? m_rect.top : layout::kAreaTop;
+    if (w + x > layout::kAreaRight) x = layout::kAreaRight - w;
+    if (h + y > layout::kAreaBottom) y = layout::kAreaBottom - h;
+    return x >= layout::kAreaLeft && y >= layout::kAreaTop && w + x <= layout::kAreaRight && h + y <= layout::kAreaBottom;
 }
 
 bool CTake::FitsLayoutArea() const {

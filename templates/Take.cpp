@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include "fw/Beep.h"
-#include "hoststub/HostLibrary.h"
+#include "hostlib/HostLibrary.h"
 #include "settings/Settings.h"
 
 namespace {

@@ -5,14 +5,6 @@
 #include <string>
 #include <vector>
 
-// The part of the layout space that maps onto the host's image area.
-constexpr int kLayoutLeft = 70;
-constexpr int kLayoutTop = 50;
-constexpr int kLayoutRight = 914;
-constexpr int kLayoutBottom = 748;
-constexpr int kLayoutWidth = 1024;
-constexpr int kLayoutHeight = 768;
-
 class CTake {
 public:
     CTake() = default;

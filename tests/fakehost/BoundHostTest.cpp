@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 #include "fw/Module.h"
-#include "hoststub/HostLibrary.h"
+#include "hostlib/HostLibrary.h"
 #include "templates/Take.h"
 
 namespace {

@@ -23,7 +23,7 @@ TEST(App, BasePathWithOrWithoutBackslashGivesOneCatalog) {
 }
 
 TEST(App, MappingExamples) {
-    auto map = [](RECT take, RECT host) { return CTemplateApp::MapTakeRect(take, host); };
+    auto map = [](RECT take, RECT host) { return layout::MapToHost(take, host); };
     RECT r = map({70, 50, 370, 250}, {0, 0, 844, 698});
     EXPECT_TRUE(SameRect(RECT{0, 0, 300, 200}, r));
     r = map({70, 50, 370, 250}, {0, 0, 422, 349});

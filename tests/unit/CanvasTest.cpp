@@ -154,8 +154,9 @@ TEST_F(Canvas, WithoutOwnerClicksChangeNothing) {
     EXPECT_EQ(0, owner.charts);
 }
 
-// Green pixels in the label band of an item: the width of its label.
-int LabelWidth(CTakeTracker& t, bool orderMode, bool showOnlyActive, int w, int h) {
+// Pixels of the label colour in the label band of an item: the label's width.
+int LabelWidth(CTakeTracker& t, bool orderMode, bool showOnlyActive, int w, int h,
+               DWORD labelColor = 0x00FF00u) {
     fw::WindowDC screen(nullptr);
     fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
     fw::UniqueBitmap bmp(CreateCompatibleBitmap(screen.get(), w, h));
@@ -170,7 +171,7 @@ int LabelWidth(CTakeTracker& t, bool orderMode, bool showOnlyActive, int w, int 
     int left = w, right = -1;
     for (int y = r.top; y < r.top + 14 && y < ph; ++y)
         for (int x = 0; x < pw; ++x)
-            if (px[y * pw + x] == 0x00FF00u) {
+            if (px[y * pw + x] == labelColor) {
                 left = std::min(left, x);
                 right = std::max(right, x);
             }
@@ -192,6 +193,22 @@ TEST_F(Canvas, LabelsShowTeethOrOrderAndOnlyForTheActiveTake) {
     EXPECT_GT(orderWidth, 0);
     EXPECT_EQ(0, LabelWidth(first, false, true, 1024, 768)) << "not selected: no label";
     EXPECT_GT(LabelWidth(*wide.GetTracker(1), false, true, 1024, 768), 0);
+}
+
+TEST_F(Canvas, ATakeWithoutItsHolderIsBlackWithAWhiteLabel) {
+    CanvasWindow big(1024, 768);
+    CLayoutCanvas wide;
+    ASSERT_TRUE(wide.Subclass(big.control()));
+    wide.Init(&owner, &noFile);
+    tpl.AddTake(NewTake({11, 12, 13}, 300, 300, /*holder*/ 0));
+    tpl.AddTake(NewTake({21, 22, 23}, 600, 300, /*holder*/ 7));
+    tpl.AddTake(NewTake({31, 32, 33}, 300, 500, /*holder*/ 1));
+    wide.SetTemplate(&tpl);
+    for (int i : {0, 1}) {
+        EXPECT_GT(LabelWidth(*wide.GetTracker(i), false, false, 1024, 768, 0xFFFFFFu), 10) << i;
+        EXPECT_EQ(0, LabelWidth(*wide.GetTracker(i), false, false, 1024, 768)) << i;
+    }
+    EXPECT_GT(LabelWidth(*wide.GetTracker(2), false, false, 1024, 768), 10) << "its holder's";
 }
 
 TEST_F(Canvas, ThumbnailIsAlways200By150) {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <thread>
 #include "TestSupport.h"
-#include "hoststub/HostLibrary.h"
+#include "hostlib/HostLibrary.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "hoststub/HostLibrary.h"
+#include "hostlib/HostLibrary.h"
 #include <cstring>
 #include <string>
 #include "fw/Module.h"
