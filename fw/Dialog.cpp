@@ -33,7 +33,7 @@ bool Dialog::Create(HWND parent) {
 }
 
 void Dialog::DestroyWindow() {
-    if (m_hwnd && ::IsWindow(m_hwnd)) ::DestroyWindow(m_hwnd);
+    if (m_hwnd && !Module::Unloading() && ::IsWindow(m_hwnd)) ::DestroyWindow(m_hwnd);
     m_hwnd = nullptr;
 }
 

@@ -15,6 +15,13 @@ public:
     static void SetResourceHandle(HINSTANCE h);
     // A string of the module's string table; empty when there is none.
     static std::string LoadStr(UINT id);
+    // Set when the library is being unloaded: under the loader lock, window
+    // owners forget their windows instead of destroying them.
+    static void SetUnloading() { s_bUnloading = true; }
+    static bool Unloading() { return s_bUnloading; }
+
+private:
+    static inline bool s_bUnloading = false;
 };
 
 // Switches the resource handle to the module's own for the duration of an

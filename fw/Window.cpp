@@ -1,5 +1,6 @@
 #include "fw/Window.h"
 #include <commctrl.h>
+#include "fw/Module.h"
 
 namespace fw {
 
@@ -14,7 +15,7 @@ bool Window::Subclass(HWND hwnd) {
 }
 
 void Window::Unsubclass() {
-    if (m_hwnd && ::IsWindow(m_hwnd)) ::RemoveWindowSubclass(m_hwnd, Proc, 1);
+    if (m_hwnd && !Module::Unloading() && ::IsWindow(m_hwnd)) ::RemoveWindowSubclass(m_hwnd, Proc, 1);
     m_hwnd = nullptr;
 }
 

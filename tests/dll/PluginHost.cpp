@@ -37,7 +37,10 @@ bool PatchImport(HMODULE module, const char* dll, const char* name, void* replac
     return false;
 }
 
-LRESULT CALLBACK HostProc(HWND h, UINT m, WPARAM w, LPARAM l) { return DefWindowProcA(h, m, w, l); }
+LRESULT CALLBACK HostProc(HWND h, UINT m, WPARAM w, LPARAM l) {
+    if (m == kHostStopRun) return PluginHost::Get().Stop();
+    return DefWindowProcA(h, m, w, l);
+}
 }  // namespace
 
 PluginHost& PluginHost::Get() {

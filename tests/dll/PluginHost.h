@@ -15,6 +15,10 @@ struct PluginHost : PluginLibrary {
 // Beeps given by the DLL since the last call.
 std::vector<UINT> TakeBeeps();
 
+// Posted to a HostWindow, it makes the host call ZEMBLAX_Stop from its own
+// window procedure, as a host's menu command or timer would.
+constexpr UINT kHostStopRun = WM_APP + 7;
+
 // A top-level window standing for the host's main window.
 class HostWindow {
 public:

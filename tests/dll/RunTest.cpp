@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 #include "RunSupport.h"
 #include "hoststub/HostAutomation.h"
+#include "res/resource.h"
 
 namespace {
 
-constexpr int kPicture = 15042, kBack = 1003, kSkip = 1004, kQuit = 1001;
-constexpr int kFinSkip = 1007, kFinAccept = 1006, kFinNext = 1002;
+constexpr int kPicture = IDC_TAKE_PICTURE, kBack = IDC_BACK, kSkip = IDC_TAKE_SKIP,
+              kQuit = IDC_TAKE_QUIT;
+constexpr int kFinSkip = IDC_FINISH_SKIP, kFinAccept = IDC_FINISH_ACCEPT, kFinNext = IDC_FINISH_NEXT;
 
 struct ButtonStates {
     bool back, skip, accept, next, quit;
@@ -59,6 +61,26 @@ protected:
     HostWindow host;
     Catalog cat;
 };
+
+TEST_F(Run, StopFromTheHostDuringTheReviewEndsGetNextWithZero) {
+    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
+    Next(host.hwnd(), {});
+    const Images exposure = MakeImages();
+    Delivery d = WithUser<Delivery>([&] { return Next(host.hwnd(), exposure); },
+                                    [&](DialogDriver& u) {
+                                        HWND dlg = u.WaitFor(kPicture);
+                                        ASSERT_NE(nullptr, dlg);
+                                        PostMessageA(host.hwnd(), kHostStopRun, 0, 0);
+                                        for (int i = 0; i < 100 && p.GetState() == 2; ++i)
+                                            Sleep(20);
+                                        DialogDriver::Click(dlg, IDOK);
+                                    });
+    EXPECT_EQ(3, p.GetState()) << "the host's Stop ended the run";
+    EXPECT_EQ(0, d.result) << "no template left to deliver from";
+    EXPECT_EQ("", d.label);
+    EXPECT_TRUE(IsFreed(exposure.header));
+    EXPECT_TRUE(IsFreed(exposure.bits));
+}
 
 TEST_F(Run, WholeTemplateFromFirstTakeToAcceptingTheLast) {
     ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
