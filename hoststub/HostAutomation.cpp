@@ -1,5 +1,7 @@
 #include "hoststub/HostAutomation.h"
 #include <cstdio>
+#include <cstring>
+#include <utility>
 #include <vector>
 
 namespace hoststub {
@@ -123,10 +125,16 @@ private:
         if (out->vt != (VT_BSTR | VT_BYREF)) return DISP_E_TYPEMISMATCH;
         char section[128], text[1024] = {};
         std::snprintf(section, sizeof section, "%s_%ld", m_section.c_str(), language);
-        if (!g_options.lexiconFile.empty())
-            GetPrivateProfileStringA(section, key.c_str(), "", text, sizeof text,
+        // A key that is there with no text is an empty translation, which a
+        // database can hold; a missing key is no translation.
+        const char* kMissing = "\x01";
+        bool found = false;
+        if (!g_options.lexiconFile.empty()) {
+            GetPrivateProfileStringA(section, key.c_str(), kMissing, text, sizeof text,
                                      g_options.lexiconFile.c_str());
-        if (!*text) {
+            found = std::strcmp(text, kMissing) != 0;
+        }
+        if (!found) {
             result = 1;  // not found
             return S_OK;
         }
@@ -215,14 +223,40 @@ bool SetValue(const std::string& subkey, const char* value) {
                            REG_SZ, value, size) == ERROR_SUCCESS;
 }
 
-void RegisterProgId(const char* progId, const CLSID& clsid) {
+bool ProgIdExists(const char* progId) {
+    HKEY key;
+    if (RegOpenKeyExA(HKEY_CLASSES_ROOT, (std::string(progId) + "\\CLSID").c_str(), 0, KEY_READ,
+                      &key) != ERROR_SUCCESS)
+        return false;
+    RegCloseKey(key);
+    return true;
+}
+
+// A machine with the host installed has these names already: they are the
+// host's, never overwritten and never removed. Returns whether we wrote them.
+bool RegisterProgId(const char* progId, const CLSID& clsid) {
+    if (ProgIdExists(progId)) return false;
     wchar_t guid[64];
     StringFromGUID2(clsid, guid, 64);
     char guidA[64];
     WideCharToMultiByte(CP_ACP, 0, guid, -1, guidA, sizeof guidA, nullptr, nullptr);
     SetValue(std::string(progId) + "\\CLSID", guidA);
     SetValue(std::string("CLSID\\") + guidA + "\\ProgID", progId);
+    return true;
 }
+
+void UnregisterClsid(const CLSID& clsid) {
+    wchar_t guid[64];
+    StringFromGUID2(clsid, guid, 64);
+    char guidA[64];
+    WideCharToMultiByte(CP_ACP, 0, guid, -1, guidA, sizeof guidA, nullptr, nullptr);
+    const std::string key = std::string("CLSID\\") + guidA;
+    RegDeleteTreeA(HKEY_CLASSES_ROOT, key.c_str());
+    RegDeleteTreeA(HKEY_CURRENT_USER, ("Software\\Classes\\" + key).c_str());
+}
+
+bool g_lexiconProgIdOurs = false;
+bool g_optionsProgIdOurs = false;
 
 void UnregisterProgId(const char* progId) {
     RegDeleteTreeA(HKEY_CLASSES_ROOT, progId);
@@ -241,13 +275,13 @@ bool RegisterAutomation(const AutomationOptions& options) {
     g_options = options;
     bool ok = true;
     if (options.registerLexicon) {
-        RegisterProgId("VELMORAXI.LexiconServer", kLexiconClsid);
+        g_lexiconProgIdOurs = RegisterProgId("VELMORAXI.LexiconServer", kLexiconClsid);
         ok &= SUCCEEDED(CoRegisterClassObject(kLexiconClsid, &g_lexiconFactory,
                                               CLSCTX_LOCAL_SERVER | CLSCTX_INPROC_SERVER,
                                               REGCLS_MULTIPLEUSE, &g_lexiconCookie));
     }
     if (options.registerOptions) {
-        RegisterProgId("VELMORAXI.OptionsManager", kOptionsClsid);
+        g_optionsProgIdOurs = RegisterProgId("VELMORAXI.OptionsManager", kOptionsClsid);
         ok &= SUCCEEDED(CoRegisterClassObject(kOptionsClsid, &g_optionsFactory,
                                               CLSCTX_LOCAL_SERVER | CLSCTX_INPROC_SERVER,
                                               REGCLS_MULTIPLEUSE, &g_optionsCookie));
@@ -259,8 +293,14 @@ void RevokeAutomation() {
     if (g_lexiconCookie) CoRevokeClassObject(g_lexiconCookie);
     if (g_optionsCookie) CoRevokeClassObject(g_optionsCookie);
     g_lexiconCookie = g_optionsCookie = 0;
-    UnregisterProgId("VELMORAXI.LexiconServer");
-    UnregisterProgId("VELMORAXI.OptionsManager");
+    if (std::exchange(g_lexiconProgIdOurs, false)) {
+        UnregisterProgId("VELMORAXI.LexiconServer");
+        UnregisterClsid(kLexiconClsid);
+    }
+    if (std::exchange(g_optionsProgIdOurs, false)) {
+        UnregisterProgId("VELMORAXI.OptionsManager");
+        UnregisterClsid(kOptionsClsid);
+    }
 }
 
 }  // namespace hoststub

@@ -19,8 +19,10 @@ struct AutomationOptions {
     bool registerOptions = true;  // false: the module finds no options manager
 };
 
-// Registers the objects for this process (class objects and ProgIDs under
-// HKCU\Software\Classes). COM must be initialised on the calling thread.
+// Registers the objects for this process: class objects, and the ProgIDs
+// where no registration exists yet (a host's own stays untouched). Revoking
+// removes only what was registered here. COM must be initialised on the
+// calling thread.
 bool RegisterAutomation(const AutomationOptions& options);
 void RevokeAutomation();
 

@@ -35,8 +35,10 @@ bool CTemplate::AddTake(CTake* take) {
 }
 
 bool CTemplate::InsertTake(int index, CTake* take) {
+    // A negative index names no place: refused, and the take stays the caller's.
+    if (index < 0) return false;
     m_bModified = TRUE;
-    if (index < 0 || index >= GetTakeCount()) return AddTake(take);
+    if (index >= GetTakeCount()) return AddTake(take);
     m_takes.emplace(m_takes.begin() + index, take);
     Renumber();
     return true;

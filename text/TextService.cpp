@@ -186,9 +186,8 @@ BOOL CTextService::TranslateMenu(HMENU menu, int nKind, bool bTopLevel) {
     const int count = ::GetMenuItemCount(menu);
     for (int i = 0; i < count; ++i)
         if (HMENU sub = ::GetSubMenu(menu, i)) TranslateMenu(sub, nKind, false);
-    bool byKey = bTopLevel;
-    for (int i = 0; i < count; ++i) byKey |= ::GetSubMenu(menu, i) != nullptr;
     for (int i = 0; i < count; ++i) {
+        const bool byKey = bTopLevel || ::GetSubMenu(menu, i) != nullptr;
         char current[256] = {};
         ::GetMenuStringA(menu, i, current, sizeof current, MF_BYPOSITION);
         std::string text;
@@ -213,6 +212,13 @@ BOOL CTextService::TranslateMenu(HMENU menu, int nKind, bool bTopLevel) {
 BOOL CTextService::ShowMessage(UINT nId, int nKind, UINT nType, int* pResult) {
     std::string text;
     if (nId == 0 || !LoadText(text, nId, nKind)) return FALSE;
+    if (text.empty()) {
+        // The database holds the id with an empty text.
+        ::MessageBoxA(::GetActiveWindow(),
+                      "Internal error. The system can't determine the text to be displayed.", "",
+                      MB_OK | MB_ICONHAND);
+        return FALSE;
+    }
     int answer = ::MessageBoxA(::GetActiveWindow(), text.c_str(), "", nType);
     if (pResult) *pResult = answer;
     return TRUE;

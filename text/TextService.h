@@ -26,8 +26,8 @@ public:
     BOOL GetTextByKey(std::string& out, const std::string& key, int nKind);
     BOOL TranslateWindow(HWND hwnd, UINT nId, int nKind);
     BOOL TranslateControl(HWND control, int nKind);
-    // Top-level items and items opening sub-menus are looked up by their text,
-    // the others by their command id.
+    // Top-level items and, in sub-menus, the items that open further
+    // sub-menus are looked up by their text, the others by their command id.
     BOOL TranslateMenu(HMENU menu, int nKind, bool bTopLevel = true);
     BOOL ShowMessage(UINT nId, int nKind, UINT nType, int* pResult);
     void SetLanguage(int nLanguage) { m_nLanguage = nLanguage; }

@@ -178,6 +178,10 @@ TEST(TemplateList, RenumberAndModifiedFlag) {
     EXPECT_EQ(13, t.GetTake(0)->GetTeeth()[0]);
     EXPECT_EQ(14, t.GetTake(3)->GetTeeth()[0]);
     for (int i = 0; i < 4; ++i) EXPECT_EQ(i, t.GetTake(i)->GetPosition());
+    // Refused: the take stays ours (a template owning it would free it twice).
+    std::unique_ptr<CTake> refused(NewTake({15}, 1, 500, 100));
+    EXPECT_FALSE(t.InsertTake(-1, refused.get()));
+    EXPECT_EQ(4, t.GetTakeCount());
     EXPECT_FALSE(t.RemoveTake(4));
     EXPECT_EQ(nullptr, t.GetTake(-1));
     while (t.GetTakeCount()) t.RemoveTake(0);

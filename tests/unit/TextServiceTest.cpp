@@ -2,6 +2,8 @@
 // translations, the English fallback, the module's own strings, and the
 // behaviour without any host.
 #include <gtest/gtest.h>
+#include <future>
+#include "../dll/DialogDriver.h"
 #include "TestSupport.h"
 #include "hoststub/HostAutomation.h"
 #include "text/TextService.h"
@@ -16,7 +18,7 @@ protected:
     void Register(int language, bool lexicon = true, bool options = true) {
         WriteText(dir.File("lexicon.ini"),
                   "[ZEMBLAX_1033]\r\n2.15045=Exposure\r\n1.32908=Untitled\r\n2.1003=&Back\r\n"
-                  "2.key.Drehen=Rotate\r\n"
+                  "2.key.Drehen=Rotate\r\n2.32802=Delete\r\n1.32907=\r\n"
                   "[ZEMBLAX_1036]\r\n2.15045=Prise de vue\r\n");
         hoststub::AutomationOptions o;
         o.userLanguage = language;
@@ -133,7 +135,61 @@ TEST_F(TextServiceTest, TranslateWindowAndMenuByKey) {
     GetMenuStringA(menu.get(), 0, buf, sizeof buf, MF_BYPOSITION);
     EXPECT_STREQ("Rotate", buf);
     GetMenuStringA(menu.get(), 1, buf, sizeof buf, MF_BYPOSITION);
-    EXPECT_STREQ("L\xF6schen", buf);
+    EXPECT_STREQ("L\xF6schen", buf) << "top level: by its text, which has no translation";
+    // In a sub-menu each item decides for itself: the one opening a further
+    // sub-menu by its text, its command neighbour by id.
+    fw::UniqueMenu outer(CreatePopupMenu());
+    HMENU inner = CreatePopupMenu(), innermost = CreatePopupMenu();
+    AppendMenuA(innermost, MF_STRING, 1, "x");
+    AppendMenuA(inner, MF_POPUP, reinterpret_cast<UINT_PTR>(innermost), "Drehen");
+    AppendMenuA(inner, MF_STRING, 32802, "L\xF6schen");
+    AppendMenuA(outer.get(), MF_POPUP, reinterpret_cast<UINT_PTR>(inner), "Aufnahme");
+    ts.TranslateMenu(outer.get(), kTextDialog);
+    GetMenuStringA(inner, 0, buf, sizeof buf, MF_BYPOSITION);
+    EXPECT_STREQ("Rotate", buf);
+    GetMenuStringA(inner, 1, buf, sizeof buf, MF_BYPOSITION);
+    EXPECT_STREQ("Delete", buf);
+}
+
+TEST_F(TextServiceTest, ShowMessageOfAnEmptyTextReportsAnInternalError) {
+    Register(1033);
+    BeginTexts("ZEMBLAX", 0, nullptr, "");
+    std::string box;
+    const int kBoxText = 0xFFFF;  // the message box's text control
+    DialogDriver user;
+    auto driver = std::async(std::launch::async, [&] {
+        HWND w = user.WaitFor(kBoxText, 5000);
+        if (!w) return;
+        box = DialogDriver::ItemText(w, kBoxText);
+        PostMessageA(w, WM_COMMAND, IDOK, 0);
+    });
+    int answer = -1;
+    EXPECT_FALSE(ts.ShowMessage(32907, kTextString, MB_YESNO, &answer));
+    driver.get();
+    EXPECT_EQ("Internal error. The system can't determine the text to be displayed.", box);
+    EXPECT_EQ(-1, answer) << "no answer is handed back";
+}
+
+std::string ProgIdClsid(const char* progId) {
+    char value[64] = {};
+    DWORD size = sizeof value;
+    RegGetValueA(HKEY_CLASSES_ROOT, (std::string(progId) + "\\CLSID").c_str(), nullptr,
+                 RRF_RT_REG_SZ, nullptr, value, &size);
+    return value;
+}
+
+TEST_F(TextServiceTest, StandInsLeaveAnInstalledHostsRegistrationAlone) {
+    const char* hostClsid = "{0BADF00D-0000-4000-8000-000000000001}";
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegSetKeyValueA(HKEY_CLASSES_ROOT, "VELMORAXI.LexiconServer\\CLSID", nullptr,
+                              REG_SZ, hostClsid, static_cast<DWORD>(strlen(hostClsid) + 1)));
+    Register(1033);
+    const std::string ours = ProgIdClsid("VELMORAXI.OptionsManager");
+    EXPECT_FALSE(ours.empty()) << "no host registration there: ours is made";
+    hoststub::RevokeAutomation();
+    EXPECT_EQ(hostClsid, ProgIdClsid("VELMORAXI.LexiconServer")) << "the host's, untouched";
+    EXPECT_EQ("", ProgIdClsid("VELMORAXI.OptionsManager")) << "ours, removed";
+    RegDeleteTreeA(HKEY_CLASSES_ROOT, "VELMORAXI.LexiconServer");
 }
 
 TEST(TextServiceCharSet, KnownLanguagesAndTheSystemFontForOthers) {
