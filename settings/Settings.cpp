@@ -2,29 +2,19 @@
 #include <cstdio>
 #include <cstdlib>
 #include "fw/Gdi.h"
+#include "fw/IniFile.h"
+#include "settings/IniNames.h"
 #include "templates/LayoutSpace.h"
 #include "templates/Take.h"
+#include "templates/ToothList.h"
 #include "text/TextService.h"
 
 namespace {
 
-int ReadInt(const char* section, const char* key, int def, const char* file) {
-    return static_cast<int>(::GetPrivateProfileIntA(section, key, def, file));
-}
-
-std::string ReadStr(const char* section, const char* key, const char* file) {
-    char buf[256];
-    ::GetPrivateProfileStringA(section, key, "", buf, sizeof buf, file);
-    return buf;
-}
-
-COLORREF ReadColor(const char* section, const char* prefix, const char* file) {
-    char r[64], g[64], b[64];
-    std::snprintf(r, sizeof r, "%sR", prefix);
-    std::snprintf(g, sizeof g, "%sG", prefix);
-    std::snprintf(b, sizeof b, "%sB", prefix);
-    return RGB(ReadInt(section, r, 0, file) & 0xFF, ReadInt(section, g, 0, file) & 0xFF,
-               ReadInt(section, b, 0, file) & 0xFF);
+COLORREF ReadColor(const fw::IniFile& ini, const std::string& section, const std::string& prefix) {
+    return RGB(ini.Int(section, (prefix + "R").c_str(), 0) & 0xFF,
+               ini.Int(section, (prefix + "G").c_str(), 0) & 0xFF,
+               ini.Int(section, (prefix + "B").c_str(), 0) & 0xFF);
 }
 
 }  // namespace
@@ -65,61 +55,57 @@ bool CSettings::Load(const std::string& path) {
     if (!GetTextService().LoadText(m_strDefaultName, 32908, 1)) m_strDefaultName = "Noname";
     EndTexts();
 
-    const char* file = path.c_str();
-    ReadApplication(file);
+    const fw::IniFile ini(path);
+    ReadApplication(ini);
     if (m_nTakeDlgWidth < 342 || m_nTakeDlgHeight < 248 || m_nTakeDlgWidth > cxScreen ||
         m_nTakeDlgHeight > cyScreen) {
         m_nTakeDlgWidth = 342;
         m_nTakeDlgHeight = 248;
     }
-    ReadHolders(file);
-    if (!ReadSensors(file)) return false;
-    ReadDropPositions(file);
+    ReadHolders(ini);
+    if (!ReadSensors(ini)) return false;
+    ReadDropPositions(ini);
     return true;
 }
 
-void CSettings::ReadApplication(const char* file) {
-    const char* app = "Application";
-    m_crActive = ReadColor(app, "ActiveColor", file);
-    m_crInactive = ReadColor(app, "InactiveColor", file);
-    m_crDrag = ReadColor(app, "DragColor", file);
-    char face[256];
-    ::GetPrivateProfileStringA(app, "FontName", "Arial", face, sizeof face, file);
-    m_strFontName = face;
-    m_nFontSize = ReadInt(app, "FontSize", 10, file);
-    m_font = fw::CreatePointFont(m_nFontSize * 10, face);
+void CSettings::ReadApplication(const fw::IniFile& ini) {
+    const std::string app = ini::kApplication;
+    m_crActive = ReadColor(ini, app, "ActiveColor");
+    m_crInactive = ReadColor(ini, app, "InactiveColor");
+    m_crDrag = ReadColor(ini, app, "DragColor");
+    m_strFontName = ini.Str(app, "FontName", "Arial");
+    m_nFontSize = ini.Int(app, "FontSize", 10);
+    m_font = fw::CreatePointFont(m_nFontSize * 10, m_strFontName.c_str());
     if (!m_font) m_font = fw::CreatePointFont(100, "Arial");
-    m_bShowToothNumbers = ReadInt(app, "ShowToothNumbers", 1, file);
-    m_nPreviewTimeout = static_cast<UINT>(ReadInt(app, "PreviewTimeout", 10, file)) * 1000u;
-    m_dSensorSensitivity =
-        static_cast<UINT>(ReadInt(app, "SensorSensitivity", 100, file)) * 0.01;
-    m_nTakeDlgWidth = ReadInt(app, "TakeDlgWidth", 342, file);
-    m_nTakeDlgHeight = ReadInt(app, "TakeDlgHeight", 248, file);
+    m_bShowToothNumbers = ini.Int(app, "ShowToothNumbers", 1);
+    m_nPreviewTimeout = static_cast<UINT>(ini.Int(app, "PreviewTimeout", 10)) * 1000u;
+    m_dSensorSensitivity = static_cast<UINT>(ini.Int(app, "SensorSensitivity", 100)) * 0.01;
+    m_nTakeDlgWidth = ini.Int(app, "TakeDlgWidth", 342);
+    m_nTakeDlgHeight = ini.Int(app, "TakeDlgHeight", 248);
 }
 
-void CSettings::ReadHolders(const char* file) {
+void CSettings::ReadHolders(const fw::IniFile& ini) {
     for (int n = 1;; ++n) {
-        char section[32];
-        std::snprintf(section, sizeof section, "Holder%d", n);
-        std::string name = ReadStr(section, "Name", file);
+        const std::string section = ini::Holder(n);
+        std::string name = ini.Str(section, "Name");
         if (name.empty()) break;
         auto holder = std::make_unique<CHolder>(name);
-        holder->SetColor(ReadColor(section, "Color", file));
-        holder->SetInactiveColor(ReadColor(section, "InactiveColor", file));
-        holder->SetTextColor(ReadColor(section, "TextColor", file));
-        BOOL h = ReadInt(section, "Horizontal", 1, file);
-        BOOL v = ReadInt(section, "Vertical", 1, file);
+        holder->SetColor(ReadColor(ini, section, "Color"));
+        holder->SetInactiveColor(ReadColor(ini, section, "InactiveColor"));
+        holder->SetTextColor(ReadColor(ini, section, "TextColor"));
+        BOOL h = ini.Int(section, "Horizontal", 1);
+        BOOL v = ini.Int(section, "Vertical", 1);
         if (!h && !v) h = v = TRUE;
         holder->SetOrientations(h, v);
         m_holders.push_back(std::move(holder));
     }
 }
 
-bool CSettings::ReadSensors(const char* file) {
+bool CSettings::ReadSensors(const fw::IniFile& ini) {
+    const char* file = ini.path().c_str();
     for (int n = 1;; ++n) {
-        char section[32];
-        std::snprintf(section, sizeof section, "Sensor%d", n);
-        if (ReadStr(section, "Name", file).empty()) return true;
+        const std::string section = ini::Sensor(n);
+        if (ini.Str(section, "Name").empty()) return true;
         auto sensor = std::make_unique<CSensor>(false);
         auto horizontal = std::make_unique<CSensor>(false);
         auto vertical = std::make_unique<CSensor>(true);
@@ -132,34 +118,23 @@ bool CSettings::ReadSensors(const char* file) {
     }
 }
 
-void CSettings::ReadDropPositions(const char* file) {
+void CSettings::ReadDropPositions(const fw::IniFile& ini) {
     for (int n = 0;; ++n) {
-        char section[32];
-        std::snprintf(section, sizeof section, "DropPosition%d", n);
-        std::string teeth = ReadStr(section, "Teeth", file);
+        const std::string section = ini::DropPosition(n);
+        const std::string teeth = ini.Str(section, "Teeth");
         if (teeth.empty()) return;
         auto take = std::make_unique<CTake>();
-        int x = ReadInt(section, "WindowPositionX", 0, file);
-        int y = ReadInt(section, "WindowPositionY", 0, file);
+        int x = ini.Int(section, "WindowPositionX", 0);
+        int y = ini.Int(section, "WindowPositionY", 0);
         if (!layout::Contains(x, y)) x = y = 0;
-        UINT num = static_cast<UINT>(ReadInt(section, "ZoomNominator", 1, file));
-        UINT den = static_cast<UINT>(ReadInt(section, "ZoomDenominator", 4, file));
+        UINT num = static_cast<UINT>(ini.Int(section, "ZoomNominator", 1));
+        UINT den = static_cast<UINT>(ini.Int(section, "ZoomDenominator", 4));
         if (num < 1 || num > 10 || den < 1 || den > 10) num = 1, den = 4;
         take->Place(x, y, num, den);
-        int holder = ReadInt(section, "Holder", 1, file);
+        int holder = ini.Int(section, "Holder", 1);
         if (holder < 1 || holder > GetHolderCount()) holder = GetHolderCount() > 0 ? 1 : 0;
         take->SetHolder(holder);
-        // Unlike a take section, an empty piece after the last comma adds nothing.
-        size_t start = 0;
-        for (;;) {
-            size_t comma = teeth.find(',', start);
-            if (comma == std::string::npos) {
-                if (start < teeth.size()) take->ToggleTooth(std::atoi(teeth.c_str() + start));
-                break;
-            }
-            take->ToggleTooth(std::atoi(teeth.substr(start, comma - start).c_str()));
-            start = comma + 1;
-        }
+        for (int tooth : ParseToothList(teeth, TrailingComma::AddsNothing)) take->ToggleTooth(tooth);
         m_dropPositions.push_back(std::move(take));
     }
 }

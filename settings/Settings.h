@@ -11,6 +11,9 @@
 #include "settings/Sensor.h"
 
 class CTake;
+namespace fw {
+class IniFile;
+}
 
 class CSettings {
 public:
@@ -45,10 +48,10 @@ public:
     bool FindDropPosition(const std::vector<BYTE>* teeth, CTake* target) const;
 
 private:
-    void ReadApplication(const char* file);
-    void ReadHolders(const char* file);
-    bool ReadSensors(const char* file);
-    void ReadDropPositions(const char* file);
+    void ReadApplication(const fw::IniFile& ini);
+    void ReadHolders(const fw::IniFile& ini);
+    bool ReadSensors(const fw::IniFile& ini);
+    void ReadDropPositions(const fw::IniFile& ini);
 
     std::string m_strDefaultName;
     std::vector<std::unique_ptr<CHolder>> m_holders;

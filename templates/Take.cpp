@@ -3,44 +3,33 @@
 #include <cstdlib>
 #include <cstring>
 #include "fw/Beep.h"
+#include "fw/IniFile.h"
 #include "hostlib/HostLibrary.h"
+#include "settings/IniNames.h"
 #include "settings/Settings.h"
-
-namespace {
-std::string SectionName(int nTemplate, int nTake) {
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "Take_%d_%d", nTemplate, nTake);
-    return buf;
-}
-
-void WriteInt(const std::string& section, const char* key, int value, const std::string& file) {
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%d", value);
-    ::WritePrivateProfileStringA(section.c_str(), key, buf, file.c_str());
-}
-}  // namespace
+#include "templates/ToothList.h"
 
 bool CTake::Write(int nTemplate, int nTake, const std::string& file) {
     if (!HasTeeth()) return false;
-    const std::string s = SectionName(nTemplate, nTake);
-    WriteInt(s, "Sensor", m_nSensor, file);
-    WriteInt(s, "SensorOrientation", m_bVertical ? 1 : 0, file);
-    WriteInt(s, "Position", m_nPosition + 1, file);
-    ::WritePrivateProfileStringA(s.c_str(), "Teeth", GetTeethString().c_str(), file.c_str());
-    WriteInt(s, "Holder", m_nHolder, file);
-    WriteInt(s, "WindowPositionX", m_rect.left, file);
-    WriteInt(s, "WindowPositionY", m_rect.top, file);
-    WriteInt(s, "ZoomNominator", static_cast<int>(m_nZoomNum), file);
-    WriteInt(s, "ZoomDenominator", static_cast<int>(m_nZoomDen), file);
+    const fw::IniFile ini(file);
+    const std::string s = ini::Take(nTemplate, nTake);
+    ini.WriteInt(s, "Sensor", m_nSensor);
+    ini.WriteInt(s, "SensorOrientation", m_bVertical ? 1 : 0);
+    ini.WriteInt(s, "Position", m_nPosition + 1);
+    ini.Write(s, "Teeth", GetTeethString());
+    ini.WriteInt(s, "Holder", m_nHolder);
+    ini.WriteInt(s, "WindowPositionX", m_rect.left);
+    ini.WriteInt(s, "WindowPositionY", m_rect.top);
+    ini.WriteInt(s, "ZoomNominator", static_cast<int>(m_nZoomNum));
+    ini.WriteInt(s, "ZoomDenominator", static_cast<int>(m_nZoomDen));
     m_bModified = FALSE;
     return true;
 }
 
 bool CTake::Read(int nTemplate, int nTake, const std::string& file) {
-    const std::string s = SectionName(nTemplate, nTake);
-    auto readInt = [&](const char* key, int def) {
-        return static_cast<int>(::GetPrivateProfileIntA(s.c_str(), key, def, file.c_str()));
-    };
+    const fw::IniFile ini(file);
+    const std::string s = ini::Take(nTemplate, nTake);
+    auto readInt = [&](const char* key, int def) { return ini.Int(s, key, def); };
     if (readInt("SensorOrientation", 0)) m_bVertical = TRUE;
     int sensorNo = readInt("Sensor", 0);
     const CSensor* sensor = TheSettings().GetSensor(sensorNo - 1);
@@ -65,16 +54,8 @@ bool CTake::Read(int nTemplate, int nTake, const std::string& file) {
     m_nPosition = nTake - 1;
     if (!ClampToLayoutArea()) fw::Beep(MB_ICONHAND);
 
-    char teeth[256];
-    ::GetPrivateProfileStringA(s.c_str(), "Teeth", "", teeth, sizeof teeth, file.c_str());
-    // Every piece counts, the empty one after a trailing comma too (as tooth 0).
-    const char* p = teeth;
-    for (;;) {
-        ToggleTooth(std::atoi(p));
-        const char* comma = std::strchr(p, ',');
-        if (!comma) break;
-        p = comma + 1;
-    }
+    for (int tooth : ParseToothList(ini.Str(s, "Teeth"), TrailingComma::CountsAsToothZero))
+        ToggleTooth(tooth);
     m_bModified = FALSE;
     return true;
 }

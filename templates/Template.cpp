@@ -1,6 +1,7 @@
 #include "templates/Template.h"
-#include <cstdio>
 #include "dib/Dib.h"
+#include "fw/IniFile.h"
+#include "settings/IniNames.h"
 #include "settings/Settings.h"
 
 CTemplate::CTemplate() { Reset(); }
@@ -17,11 +18,7 @@ std::string CTemplate::FolderOf(const std::string& catalog) {
     return slash == std::string::npos ? std::string() : catalog.substr(0, slash + 1);
 }
 
-std::string CTemplate::SectionName(int number) {
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "Template%d", number);
-    return buf;
-}
+std::string CTemplate::SectionName(int number) { return ini::Template(number); }
 
 CTake* CTemplate::GetTake(int index) const {
     return index >= 0 && index < GetTakeCount() ? m_takes[index].get() : nullptr;
@@ -77,17 +74,14 @@ bool CTemplate::Load(int number, const std::string& catalog) {
     Reset();
     m_nNumber = number;
     const std::string section = SectionName(number);
-    char name[256];
-    ::GetPrivateProfileStringA(section.c_str(), "Name", "", name, sizeof name, catalog.c_str());
-    m_strName = name;
+    m_strName = fw::IniFile(catalog).Str(section, "Name");
     const std::string file = FolderOf(catalog) + section + ".ini";
+    const fw::IniFile takes(file);
     // A file with more take sections than any template could have is read no
     // further than this, so a broken file cannot keep the module busy.
     constexpr int kMaxTakeSections = 256;
     for (int k = 1; k <= kMaxTakeSections; ++k) {
-        char take[64];
-        std::snprintf(take, sizeof take, "Take_%d_%d", number, k);
-        if (::GetPrivateProfileIntA(take, "Sensor", 0, file.c_str()) == 0) return true;
+        if (takes.Int(ini::Take(number, k), "Sensor", 0) == 0) return true;
         auto t = std::make_unique<CTake>();
         if (!t->Read(number, k, file)) {
             Reset();
@@ -99,32 +93,23 @@ bool CTemplate::Load(int number, const std::string& catalog) {
 }
 
 bool CTemplate::Save(HBITMAP thumbnail, const std::string& catalog, bool keepNumber) {
-    const char* cat = catalog.c_str();
+    const fw::IniFile cat(catalog);
     if (!keepNumber) {
-        for (int m = 1;; ++m) {
-            char name[256];
-            ::GetPrivateProfileStringA(SectionName(m).c_str(), "Name", "", name, sizeof name, cat);
-            if (!*name) {
-                m_nNumber = m;
-                break;
-            }
-        }
+        // The first number without a name; a deleted entry keeps its name.
+        m_nNumber = 1;
+        while (!cat.Str(SectionName(m_nNumber), "Name").empty()) ++m_nNumber;
     }
     const std::string section = SectionName(m_nNumber);
     const std::string folder = FolderOf(catalog);
     const std::string file = folder + section + ".ini";
-    ::WritePrivateProfileStringA(section.c_str(), nullptr, nullptr, cat);
-    for (int k = 1;; ++k) {
-        char take[64], sensor[256];
-        std::snprintf(take, sizeof take, "Take_%d_%d", m_nNumber, k);
-        ::GetPrivateProfileStringA(take, "Sensor", "", sensor, sizeof sensor, file.c_str());
-        if (!*sensor) break;
-        ::WritePrivateProfileStringA(take, nullptr, nullptr, file.c_str());
-    }
+    const fw::IniFile takes(file);
+    cat.EraseSection(section);
+    for (int k = 1; !takes.Str(ini::Take(m_nNumber, k), "Sensor").empty(); ++k)
+        takes.EraseSection(ini::Take(m_nNumber, k));
     fw::UniqueGlobal dib(BitmapToDib(thumbnail, BI_RGB, 0, nullptr));
     if (!WriteDibFile(folder + section + ".bmp", dib.get())) return false;
     dib.reset();
-    ::WritePrivateProfileStringA(section.c_str(), "Name", m_strName.c_str(), cat);
+    cat.Write(section, "Name", m_strName);
     for (int i = 0; i < GetTakeCount(); ++i)
         if (!m_takes[i]->Write(m_nNumber, i + 1, file)) return false;
     m_bModified = FALSE;
@@ -134,7 +119,7 @@ bool CTemplate::Save(HBITMAP thumbnail, const std::string& catalog, bool keepNum
 bool CTemplate::Delete(const std::string& catalog) {
     if (!m_nNumber) return false;
     m_bModified = FALSE;
-    ::WritePrivateProfileStringA(SectionName(m_nNumber).c_str(), "Deleted", "1", catalog.c_str());
+    fw::IniFile(catalog).Write(SectionName(m_nNumber), "Deleted", "1");
     Reset();
     return true;
 }
