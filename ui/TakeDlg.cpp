@@ -39,26 +39,29 @@ void CTakeDlg::PlaceWindow() {
                      fw::Height(m_rcPlacement), TRUE);
 }
 
-void CTakeDlg::EndRemembering(int code) {
+void CTakeDlg::EndRemembering(Result result) {
     m_rcPlacement = GetWindowRect();
-    EndDialog(code);
+    EndDialog(static_cast<INT_PTR>(result));
 }
 
-void CTakeDlg::OnOK() { EndRemembering(kNext); }
+void CTakeDlg::OnOK() { EndRemembering(Result::Next); }
+
+// Esc goes on, as Weiter does: the review never ends the run by accident.
+void CTakeDlg::OnCancel() { EndRemembering(Result::Next); }
 
 bool CTakeDlg::OnCommand(WORD id, WORD code, HWND control) {
     if (code == BN_CLICKED) {
         switch (id) {
-        case IDC_TAKE_SKIP: EndRemembering(kSkip); return true;
-        case IDC_BACK: EndRemembering(kBack); return true;
-        case IDC_TAKE_QUIT: EndRemembering(kQuit); return true;
+        case IDC_TAKE_SKIP: EndRemembering(Result::Skip); return true;
+        case IDC_BACK: EndRemembering(Result::Back); return true;
+        case IDC_TAKE_QUIT: EndRemembering(Result::Quit); return true;
         }
     }
     return fw::Dialog::OnCommand(id, code, control);
 }
 
 void CTakeDlg::OnTimer(UINT_PTR id) {
-    if (!m_bNoAutoAdvance && id == m_nTimerId) EndRemembering(kNext);
+    if (!m_bNoAutoAdvance && id == m_nTimerId) EndRemembering(Result::Next);
 }
 
 RECT CTakeDlg::FitImage(const RECT& target, int iw, int ih) {

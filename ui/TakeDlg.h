@@ -6,10 +6,15 @@
 
 class CTakeDlg : public fw::Dialog {
 public:
-    // Result codes of DoModal.
-    enum { kQuit = 1, kNext = 2, kBack = 3, kSkip = 4 };
+    // What the user decided. The values are the dialog's end codes, which
+    // the system also uses for Enter and Esc (IDOK 1, IDCANCEL 2): Esc
+    // ending as Next is wanted, so they stay numbers only inside Show.
+    enum class Result { Quit = 1, Next = 2, Back = 3, Skip = 4 };
 
     explicit CTakeDlg(HWND parent = nullptr);
+    // Modal; any other end code (a dialog that could not be shown) is returned
+    // as it is and makes the caller show the dialog again.
+    Result Show() { return static_cast<Result>(DoModal()); }
 
     void SetImages(HGLOBAL hDibHeader, HGLOBAL hDibBits) {
         m_hDibHeader = hDibHeader;
@@ -24,13 +29,14 @@ public:
 protected:
     BOOL OnInitDialog() override;
     void OnOK() override;
+    void OnCancel() override;
     bool OnCommand(WORD id, WORD code, HWND control) override;
     void OnTimer(UINT_PTR id) override;
     bool OnDrawItem(UINT id, DRAWITEMSTRUCT* item) override;
 
 private:
     void PlaceWindow();
-    void EndRemembering(int code);
+    void EndRemembering(Result result);
     bool DrawImage(const DRAWITEMSTRUCT& item);
 
     HGLOBAL m_hDibHeader = nullptr;
