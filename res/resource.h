@@ -24,6 +24,10 @@
 #define IDI_SENSOR_HORIZONTAL 15013
 #define IDI_SENSOR_VERTICAL 15015
 #define IDB_LAYOUT 15107
+#define IDB_DENTITION 15108
+// Single-tooth pictures: base + FDI number (11..48), black drawn transparent
+#define IDB_TOOTH_ASSIGNED_BASE 15100
+#define IDB_TOOTH_HIGHLIGHT_BASE 15200
 
 // Strings
 #define IDS_ASK_SAVE 32779
