@@ -1,5 +1,6 @@
 #include "fw/Dialog.h"
 #include <commctrl.h>
+#include <algorithm>
 #include "fw/Module.h"
 
 namespace fw {
@@ -9,6 +10,27 @@ Dialog::Dialog(UINT idTemplate, HWND parent) : m_idTemplate(idTemplate), m_paren
 Dialog::~Dialog() { DestroyWindow(); }
 
 namespace {
+// Messages whose result a dialog procedure returns itself instead of through
+// DWLP_MSGRESULT.
+bool ReturnsDirectly(UINT msg) {
+    switch (msg) {
+    case WM_CHARTOITEM:
+    case WM_COMPAREITEM:
+    case WM_CTLCOLORBTN:
+    case WM_CTLCOLORDLG:
+    case WM_CTLCOLOREDIT:
+    case WM_CTLCOLORLISTBOX:
+    case WM_CTLCOLORMSGBOX:
+    case WM_CTLCOLORSCROLLBAR:
+    case WM_CTLCOLORSTATIC:
+    case WM_QUERYDRAGICON:
+    case WM_VKEYTOITEM:
+        return true;
+    default:
+        return false;
+    }
+}
+
 void InitControlsOnce() {
     static const bool done = [] {
         INITCOMMONCONTROLSEX icc{sizeof icc, ICC_LISTVIEW_CLASSES | ICC_STANDARD_CLASSES};
@@ -42,15 +64,25 @@ void Dialog::EndDialog(INT_PTR code) {
 }
 
 void Dialog::CenterWindow() const {
-    RECT me = GetWindowRect(), area;
+    const RECT me = GetWindowRect();
     HWND owner = ::GetWindow(m_hwnd, GW_OWNER);
-    if (owner && ::IsWindowVisible(owner) && !::IsIconic(owner))
-        ::GetWindowRect(owner, &area);
+    const bool overOwner = owner && ::IsWindowVisible(owner) && !::IsIconic(owner);
+    RECT work;
+    MONITORINFO info{sizeof info};
+    HMONITOR monitor = ::MonitorFromWindow(overOwner ? owner : m_hwnd, MONITOR_DEFAULTTONEAREST);
+    if (monitor && ::GetMonitorInfoA(monitor, &info))
+        work = info.rcWork;
     else
-        ::SystemParametersInfoA(SPI_GETWORKAREA, 0, &area, 0);
+        ::SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
+    RECT area = work;
+    if (overOwner) ::GetWindowRect(owner, &area);
     const int w = me.right - me.left, h = me.bottom - me.top;
     int x = (area.left + area.right) / 2 - w / 2;
     int y = (area.top + area.bottom) / 2 - h / 2;
+    // An owner near a screen edge must not push the buttons off the screen;
+    // a dialog larger than the work area shows its top-left corner.
+    x = std::max(static_cast<int>(work.left), std::min(x, static_cast<int>(work.right) - w));
+    y = std::max(static_cast<int>(work.top), std::min(y, static_cast<int>(work.bottom) - h));
     ::SetWindowPos(m_hwnd, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
@@ -126,8 +158,13 @@ INT_PTR Dialog::Dispatch(UINT msg, WPARAM wp, LPARAM lp) {
     case WM_DESTROY:
         OnDestroy();
         return FALSE;
-    default:
-        return FALSE;
+    default: {
+        LRESULT result = 0;
+        if (!OnMessage(msg, wp, lp, result)) return FALSE;
+        if (ReturnsDirectly(msg)) return static_cast<INT_PTR>(result);
+        ::SetWindowLongPtrA(m_hwnd, DWLP_MSGRESULT, result);
+        return TRUE;
+    }
     }
 }
 

@@ -22,7 +22,8 @@ public:
     HWND hwnd() const { return m_hwnd; }
     HWND Item(int id) const { return ::GetDlgItem(m_hwnd, id); }
     void EnableItem(int id, bool enable) const { ::EnableWindow(Item(id), enable); }
-    // Centres over the owner, or over the screen without one.
+    // Centres over the owner, or over the work area without one, and keeps the
+    // dialog inside the work area of that monitor.
     void CenterWindow() const;
     RECT GetWindowRect() const;
 
@@ -38,6 +39,10 @@ protected:
     virtual void OnTimer(UINT_PTR id);
     virtual bool OnDrawItem(UINT id, DRAWITEMSTRUCT* item);
     virtual void OnDestroy() {}
+    // Any message the handlers above do not cover. Return true when handled,
+    // with the message's result; the base turns it into what the dialog
+    // manager expects from a dialog procedure.
+    virtual bool OnMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) { return false; }
 
 private:
     static INT_PTR CALLBACK Proc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);

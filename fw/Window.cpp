@@ -8,14 +8,15 @@ Window::~Window() { Unsubclass(); }
 
 bool Window::Subclass(HWND hwnd) {
     Unsubclass();
-    if (!hwnd || !::SetWindowSubclass(hwnd, Proc, 1, reinterpret_cast<DWORD_PTR>(this)))
+    if (!hwnd || !::SetWindowSubclass(hwnd, Proc, Id(), reinterpret_cast<DWORD_PTR>(this)))
         return false;
     m_hwnd = hwnd;
     return true;
 }
 
 void Window::Unsubclass() {
-    if (m_hwnd && !Module::Unloading() && ::IsWindow(m_hwnd)) ::RemoveWindowSubclass(m_hwnd, Proc, 1);
+    if (m_hwnd && !Module::Unloading() && ::IsWindow(m_hwnd))
+        ::RemoveWindowSubclass(m_hwnd, Proc, Id());
     m_hwnd = nullptr;
 }
 
@@ -35,15 +36,16 @@ LRESULT Window::Default(UINT msg, WPARAM wp, LPARAM lp) {
     return ::DefSubclassProc(m_hwnd, msg, wp, lp);
 }
 
-LRESULT CALLBACK Window::Proc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp, UINT_PTR,
+LRESULT CALLBACK Window::Proc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp, UINT_PTR id,
                               DWORD_PTR data) {
     auto* self = reinterpret_cast<Window*>(data);
     if (msg == WM_NCDESTROY) {
-        ::RemoveWindowSubclass(hwnd, Proc, 1);
+        ::RemoveWindowSubclass(hwnd, Proc, id);
         self->m_hwnd = nullptr;
         return ::DefSubclassProc(hwnd, msg, wp, lp);
     }
     try {
+        if (msg == WM_CAPTURECHANGED && reinterpret_cast<HWND>(lp) != hwnd) self->OnCaptureLost();
         return self->WindowProc(msg, wp, lp);
     } catch (...) {
         return ::DefSubclassProc(hwnd, msg, wp, lp);

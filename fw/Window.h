@@ -1,6 +1,7 @@
 // A control of a dialog subclassed by one of our objects: the object does not
 // own the window; it stops dispatching and removes the subclass when the
-// window is destroyed.
+// window is destroyed. Each object subclasses under its own id, so several
+// objects may watch one window and leave independently.
 #pragma once
 #include <windows.h>
 
@@ -23,9 +24,13 @@ protected:
     // Handles a message; the default passes it on to the control's procedure.
     virtual LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp);
     LRESULT Default(UINT msg, WPARAM wp, LPARAM lp);
+    // Another window (or none) took the mouse capture from this one; called
+    // before WindowProc sees the WM_CAPTURECHANGED.
+    virtual void OnCaptureLost() {}
 
 private:
     static LRESULT CALLBACK Proc(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
+    UINT_PTR Id() const { return reinterpret_cast<UINT_PTR>(this); }
     HWND m_hwnd = nullptr;
 };
 

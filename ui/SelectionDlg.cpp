@@ -27,17 +27,10 @@ BOOL CSelectionDlg::OnInitDialog() {
     ts.TranslateControl(Item(IDCANCEL), kTextString);
     EndTexts();
 
-    HWND list = List();
-    ListView_SetExtendedListViewStyle(
-        list, ListView_GetExtendedListViewStyle(list) | LVS_EX_FULLROWSELECT);
-    RECT client;
-    ::GetClientRect(list, &client);
-    LVCOLUMNA col{};
-    col.mask = LVCF_FMT | LVCF_WIDTH | LVCF_TEXT;
-    col.fmt = LVCFMT_LEFT;
-    col.cx = client.right - ::GetSystemMetrics(SM_CXVSCROLL);
-    col.pszText = const_cast<char*>("");
-    ::SendMessageA(list, LVM_INSERTCOLUMNA, 0, reinterpret_cast<LPARAM>(&col));
+    m_list.Attach(Item(IDC_SELECTION_LIST));
+    m_list.SetExtendedStyle(m_list.GetExtendedStyle() | LVS_EX_FULLROWSELECT);
+    const RECT client = m_list.GetClientRect();
+    m_list.InsertColumn(0, "", client.right - ::GetSystemMetrics(SM_CXVSCROLL));
 
     const char* catalog = m_strCatalogPath.c_str();
     const std::string folder = CTemplate::FolderOf(m_strCatalogPath);
@@ -84,26 +77,20 @@ void CSelectionDlg::AddPlaceholder() {
 }
 
 void CSelectionDlg::FillList(bool bThumbnails) {
-    HWND list = List();
-    ListView_DeleteAllItems(list);
-    ListView_SetImageList(list, bThumbnails ? m_thumbnails.get() : m_textImages.get(), LVSIL_SMALL);
+    m_list.DeleteAllItems();
+    m_list.SetImageList(bThumbnails ? m_thumbnails.get() : m_textImages.get(), LVSIL_SMALL);
     for (size_t i = 0; i < m_names.size(); ++i) {
-        LVITEMA item{};
-        item.mask = LVIF_TEXT | (bThumbnails ? LVIF_IMAGE : 0);
-        item.iItem = static_cast<int>(i);
-        item.iImage = static_cast<int>(i);
-        item.pszText = const_cast<char*>(m_names[i].c_str());
-        ::SendMessageA(list, LVM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&item));
+        const int index = static_cast<int>(i);
+        m_list.InsertItem(index, m_names[i].c_str(), bThumbnails ? index : -1);
     }
     if (!m_names.empty()) {
-        ListView_EnsureVisible(list, 0, TRUE);
-        ListView_SetItemState(list, 0, LVIS_SELECTED | LVIS_FOCUSED,
-                              LVIS_SELECTED | LVIS_FOCUSED);
+        m_list.EnsureVisible(0, true);
+        m_list.SetSelection(0);
     }
 }
 
 void CSelectionDlg::OnOK() {
-    const int index = ListView_GetNextItem(List(), -1, LVNI_SELECTED);
+    const int index = m_list.GetSelection();
     if (index < 0) {
         fw::Beep(MB_ICONASTERISK);
         return;

@@ -6,6 +6,7 @@
 #include <vector>
 #include "fw/Dialog.h"
 #include "fw/Handle.h"
+#include "fw/ListView.h"
 
 class CSelectionDlg : public fw::Dialog {
 public:
@@ -25,7 +26,6 @@ private:
     void AddTemplateEntry(int number, const std::string& name, const std::string& thumbnail);
     void AddPlaceholder();
     void FillList(bool bThumbnails);
-    HWND List() const { return Item(15014); }
 
     int m_nSelectedNumber = 0;
     std::string m_strCatalogPath;
@@ -33,4 +33,7 @@ private:
     std::vector<std::string> m_names;
     fw::UniqueImageList m_textImages;
     fw::UniqueImageList m_thumbnails;
+    // Lends the control one of the lists above, and takes it back before the
+    // control is destroyed.
+    fw::ListView m_list;
 };

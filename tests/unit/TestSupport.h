@@ -38,6 +38,10 @@ int GdiObjectCount();
 // Busy blocks of the process heap, where global memory blocks live.
 int HeapBlockCount();
 
+// Points the module's import of dll!name at `replacement`; returns what the
+// import pointed at before, or null when the module does not import it.
+void* PatchImport(HMODULE module, const char* dll, const char* name, void* replacement);
+
 // A screen-compatible bitmap of w x h, filled with WHITENESS or BLACKNESS.
 fw::UniqueBitmap FilledBitmap(int w, int h, DWORD rop = WHITENESS);
 // Fills a rectangle of a bitmap with one colour.
