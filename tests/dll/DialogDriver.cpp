@@ -1,5 +1,6 @@
 #include "DialogDriver.h"
 #include <cstring>
+#include "res/resource.h"
 
 namespace {
 struct Search {
@@ -37,8 +38,8 @@ namespace {
 BOOL CALLBACK Dismiss(HWND h, LPARAM) {
     char cls[16];
     GetClassNameA(h, cls, sizeof cls);
-    if (std::strcmp(cls, "#32770") == 0 && IsWindowVisible(h) && !GetDlgItem(h, 15039))
-        PostMessageA(h, WM_COMMAND, GetDlgItem(h, 1001) ? 1001 : IDCANCEL, 0);
+    if (std::strcmp(cls, "#32770") == 0 && IsWindowVisible(h) && !GetDlgItem(h, IDC_PREVIEW_CANVAS))
+        PostMessageA(h, WM_COMMAND, GetDlgItem(h, IDC_FINISH_QUIT) ? IDC_FINISH_QUIT : IDCANCEL, 0);
     return TRUE;
 }
 }  // namespace

@@ -18,6 +18,9 @@ std::vector<UINT> TakeBeeps();
 // Posted to a HostWindow, it makes the host call ZEMBLAX_Stop from its own
 // window procedure, as a host's menu command or timer would.
 constexpr UINT kHostStopRun = WM_APP + 7;
+// A window property of a HostWindow naming a child window that the host closes
+// the next time its main window is enabled (as a modal dialog of it ends).
+constexpr const char* kCloseOnEnable = "ZemblaxCloseOnEnable";
 
 // A top-level window standing for the host's main window.
 class HostWindow {

@@ -1,11 +1,12 @@
 #include "RunSupport.h"
 #include <commctrl.h>
+#include <algorithm>
 #include <cstring>
 
 void ChooseTemplate(DialogDriver& d, int index) {
-    HWND dlg = d.WaitFor(15014);
+    HWND dlg = d.WaitFor(IDC_SELECTION_LIST);
     if (!dlg) return;
-    HWND list = GetDlgItem(dlg, 15014);
+    HWND list = GetDlgItem(dlg, IDC_SELECTION_LIST);
     LVITEMA item{};
     item.stateMask = item.state = LVIS_SELECTED | LVIS_FOCUSED;
     SendMessageA(list, LVM_SETITEMSTATE, index, reinterpret_cast<LPARAM>(&item));
@@ -13,7 +14,7 @@ void ChooseTemplate(DialogDriver& d, int index) {
     DialogDriver::WaitGone(dlg);
 }
 
-Images MakeImages(int width, int height) {
+Images MakeImages(int width, int height, COLORREF colour) {
     Images im;
     im.header = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, sizeof(BITMAPINFOHEADER) + 256 * 4);
     const int row = (width + 3) & ~3;
@@ -21,7 +22,9 @@ Images MakeImages(int width, int height) {
     auto* bi = static_cast<BITMAPINFO*>(GlobalLock(im.header));
     bi->bmiHeader = {sizeof(BITMAPINFOHEADER), width, height, 1, 8, BI_RGB};
     for (int i = 0; i < 256; ++i)
-        bi->bmiColors[i] = {static_cast<BYTE>(i), static_cast<BYTE>(i), static_cast<BYTE>(i), 0};
+        bi->bmiColors[i] = colour == CLR_INVALID
+                               ? RGBQUAD{static_cast<BYTE>(i), static_cast<BYTE>(i), static_cast<BYTE>(i), 0}
+                               : RGBQUAD{GetBValue(colour), GetGValue(colour), GetRValue(colour), 0};
     GlobalUnlock(im.header);
     auto* bits = static_cast<BYTE*>(GlobalLock(im.bits));
     for (int i = 0; i < row * height; ++i) bits[i] = static_cast<BYTE>(i % 251);
@@ -30,6 +33,31 @@ Images MakeImages(int width, int height) {
 }
 
 bool IsFreed(HGLOBAL h) { return GlobalFlags(h) == GMEM_INVALID_HANDLE; }
+
+RECT PaintedBox(HWND window, COLORREF colour) {
+    RECT client{};
+    GetClientRect(window, &client);
+    fw::UniqueBitmap bitmap = testing_support::FilledBitmap(client.right, client.bottom, BLACKNESS);
+    {
+        fw::WindowDC screen(nullptr);
+        fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
+        fw::SelectObj sel(dc.get(), bitmap.get());
+        PrintWindow(window, dc.get(), PW_CLIENTONLY);
+    }
+    int w, h;
+    const auto px = testing_support::BitmapPixels(bitmap.get(), w, h);
+    const DWORD rgb = (GetRValue(colour) << 16) | (GetGValue(colour) << 8) | GetBValue(colour);
+    RECT box{w, h, 0, 0};
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            if (px[y * w + x] == rgb) {
+                box.left = std::min<LONG>(box.left, x);
+                box.top = std::min<LONG>(box.top, y);
+                box.right = std::max<LONG>(box.right, x + 1);
+                box.bottom = std::max<LONG>(box.bottom, y + 1);
+            }
+    return box.right ? box : RECT{};
+}
 
 Delivery Next(HWND host, Images images, bool stepBackAndAsk, const RECT& hostRect) {
     Delivery d;

@@ -10,6 +10,7 @@
 #include "Catalog.h"
 #include "DialogDriver.h"
 #include "PluginHost.h"
+#include "res/resource.h"
 
 inline bool operator==(const RECT& a, const RECT& b) { return EqualRect(&a, &b) != FALSE; }
 inline std::ostream& operator<<(std::ostream& os, const RECT& r) {
@@ -45,13 +46,18 @@ struct Delivery {
     BOOL done = FALSE;
 };
 
-// An exposure: a 8-bit grey DIB in two global blocks, as a host passes it.
+// An exposure: an 8-bit DIB in two global blocks, as a host passes it; a grey
+// ramp, or all of one colour when `colour` is given.
 struct Images {
     HGLOBAL header = nullptr;
     HGLOBAL bits = nullptr;
 };
-Images MakeImages(int width = 64, int height = 48);
+Images MakeImages(int width = 64, int height = 48, COLORREF colour = CLR_INVALID);
 bool IsFreed(HGLOBAL h);
+
+// The smallest rectangle holding every pixel of `colour` that the window paints
+// into a memory DC (PrintWindow, client area); empty when there is none.
+RECT PaintedBox(HWND window, COLORREF colour);
 
 // One GetNext call with a host rectangle of 844 x 698.
 Delivery Next(HWND host, Images images, bool stepBackAndAsk = false,

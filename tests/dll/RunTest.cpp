@@ -3,34 +3,36 @@
 #include <gtest/gtest.h>
 #include "RunSupport.h"
 #include "hoststub/HostAutomation.h"
-#include "res/resource.h"
 
 namespace {
 
-constexpr int kPicture = IDC_TAKE_PICTURE, kBack = IDC_BACK, kSkip = IDC_TAKE_SKIP,
-              kQuit = IDC_TAKE_QUIT;
-constexpr int kFinSkip = IDC_FINISH_SKIP, kFinAccept = IDC_FINISH_ACCEPT, kFinNext = IDC_FINISH_NEXT;
+// The buttons of each dialog in the order their enabled states are written.
+const std::vector<int> kTakeButtons{IDOK, IDC_BACK, IDC_TAKE_SKIP, IDC_TAKE_QUIT};
+const std::vector<int> kFinishButtons{IDC_BACK, IDC_FINISH_SKIP, IDC_FINISH_ACCEPT,
+                                      IDC_FINISH_NEXT, IDC_FINISH_QUIT};
+// Finish dialog states: Zurück, Diese Aufnahme überspringen, Letzte Aufnahme
+// akzeptieren, Weiter, Beenden.
+const std::string kEnd = "10101", kMiddle = "11011", kFirst = "01011", kLast = "10011";
 
-struct ButtonStates {
-    bool back, skip, accept, next, quit;
-    bool operator==(const ButtonStates& o) const {
-        return back == o.back && skip == o.skip && accept == o.accept && next == o.next &&
-               quit == o.quit;
-    }
+// One action of the user: in the next dialog of a kind (the take dialog has the
+// picture, the finish dialog the accept button), wait, then press a button.
+struct Step {
+    int dialog;
+    int press;  // kEscape: the Esc key
+    int waitMs = 0;
 };
+constexpr int kEscape = -1;
+Step Take(int press, int waitMs = 0) { return {IDC_TAKE_PICTURE, press, waitMs}; }
+Step Finish(int press) { return {IDC_FINISH_ACCEPT, press}; }
 
-ButtonStates StatesOf(HWND dlg) {
-    return {DialogDriver::Enabled(dlg, kBack), DialogDriver::Enabled(dlg, kFinSkip),
-            DialogDriver::Enabled(dlg, kFinAccept), DialogDriver::Enabled(dlg, kFinNext),
-            DialogDriver::Enabled(dlg, kQuit)};
-}
-
-std::ostream& operator<<(std::ostream& os, const ButtonStates& s) {
-    return os << s.back << s.skip << s.accept << s.next << s.quit;
-}
-
-const ButtonStates kEnd{1, 0, 1, 0, 1}, kMiddle{1, 1, 0, 1, 1}, kFirst{0, 1, 0, 1, 1},
-    kLast{1, 0, 0, 1, 1};
+// A dialog as the user found it, just before pressing.
+struct Shown {
+    std::string caption;
+    std::vector<std::string> texts;  // of the kind's buttons
+    std::string enabled;             // '1' or '0' per button
+    bool open = false;
+    RECT rect{};
+};
 
 class Run : public testing::Test {
 protected:
@@ -42,74 +44,66 @@ protected:
     }
     void TearDown() override { ResetModule(); }
 
-    // The take dialog's answer to one exposure: the user presses `id`.
-    Delivery Review(int id) {
-        return WithUser<Delivery>([&] { return Next(host.hwnd(), MakeImages()); },
-                                  [&](DialogDriver& d) {
-                                      HWND dlg = d.WaitFor(kPicture);
-                                      ASSERT_NE(nullptr, dlg);
-                                      EXPECT_TRUE(DialogDriver::Click(dlg, id));
-                                      if (id == kBack || id == kSkip) {
-                                          HWND again = d.WaitFor(kPicture);
-                                          ASSERT_NE(nullptr, again);
-                                          DialogDriver::Click(again, IDOK);
-                                      }
-                                  });
+    // GetNext with `images` while the user takes `steps`; `shown` records each
+    // dialog met and `look` runs on it before the press.
+    Delivery Answer(Images images, const std::vector<Step>& steps, bool ask = false,
+                    const RECT& hostRect = {0, 0, 844, 698}) {
+        shown.clear();
+        return WithUser<Delivery>(
+            [&] { return Next(host.hwnd(), images, ask, hostRect); },
+            [&](DialogDriver& d) {
+                for (const Step& s : steps) {
+                    HWND dlg = d.WaitFor(s.dialog);
+                    ASSERT_NE(nullptr, dlg) << "step " << shown.size() << " found no dialog";
+                    Sleep(s.waitMs);
+                    if (look) look(dlg);
+                    Shown seen;
+                    seen.caption = DialogDriver::Text(dlg);
+                    for (int id : s.dialog == IDC_TAKE_PICTURE ? kTakeButtons : kFinishButtons) {
+                        seen.texts.push_back(DialogDriver::ItemText(dlg, id));
+                        seen.enabled += DialogDriver::Enabled(dlg, id) ? '1' : '0';
+                    }
+                    seen.open = IsWindowVisible(dlg) != FALSE;
+                    GetWindowRect(dlg, &seen.rect);
+                    shown.push_back(seen);
+                    if (s.press == kEscape)
+                        DialogDriver::PressEscape(dlg);
+                    else
+                        EXPECT_TRUE(DialogDriver::Click(dlg, s.press)) << "cannot press " << s.press;
+                }
+            });
     }
+    // The take dialog's answer to one exposure: the user presses `id`, then
+    // Weiter if the dialog comes back.
+    Delivery Review(int id) {
+        if (id == IDC_BACK || id == IDC_TAKE_SKIP) return Answer(MakeImages(), {Take(id), Take(IDOK)});
+        return Answer(MakeImages(), {Take(id)});
+    }
+    bool Begin(int index = 0) { return StartOn(cat, host.hwnd(), index) && Next(host.hwnd(), {}).result == 2; }
 
     PluginHost& p = PluginHost::Get();
     HostWindow host;
     Catalog cat;
+    std::vector<Shown> shown;
+    std::function<void(HWND)> look;
 };
-
-TEST_F(Run, StopFromTheHostDuringTheReviewEndsGetNextWithZero) {
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
-    Next(host.hwnd(), {});
-    const Images exposure = MakeImages();
-    Delivery d = WithUser<Delivery>([&] { return Next(host.hwnd(), exposure); },
-                                    [&](DialogDriver& u) {
-                                        HWND dlg = u.WaitFor(kPicture);
-                                        ASSERT_NE(nullptr, dlg);
-                                        PostMessageA(host.hwnd(), kHostStopRun, 0, 0);
-                                        for (int i = 0; i < 100 && p.GetState() == 2; ++i)
-                                            Sleep(20);
-                                        DialogDriver::Click(dlg, IDOK);
-                                    });
-    EXPECT_EQ(3, p.GetState()) << "the host's Stop ended the run";
-    EXPECT_EQ(0, d.result) << "no template left to deliver from";
-    EXPECT_EQ("", d.label);
-    EXPECT_TRUE(IsFreed(exposure.header));
-    EXPECT_TRUE(IsFreed(exposure.bits));
-}
 
 TEST_F(Run, WholeTemplateFromFirstTakeToAcceptingTheLast) {
     ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
     EXPECT_EQ(2, p.GetState());
-
     Delivery first = Next(host.hwnd(), {});
     EXPECT_EQ(2, first.result);
     EXPECT_EQ("17", first.label);
     EXPECT_EQ(0, first.orientation);
     EXPECT_EQ((RECT{30, 50, 130, 125}), first.rect);
 
-    std::string caption, next, back, skip, quit;
     const Images exposure = MakeImages();
-    Delivery second = WithUser<Delivery>([&] { return Next(host.hwnd(), exposure); },
-                                         [&](DialogDriver& d) {
-                                             HWND dlg = d.WaitFor(kPicture);
-                                             ASSERT_NE(nullptr, dlg);
-                                             caption = DialogDriver::Text(dlg);
-                                             next = DialogDriver::ItemText(dlg, IDOK);
-                                             back = DialogDriver::ItemText(dlg, kBack);
-                                             skip = DialogDriver::ItemText(dlg, kSkip);
-                                             quit = DialogDriver::ItemText(dlg, kQuit);
-                                             DialogDriver::Click(dlg, IDOK);
-                                         });
-    EXPECT_EQ("Neu", caption);
-    EXPECT_EQ("Weiter", next);
-    EXPECT_EQ("&Zur\xFC" "ck", back);
-    EXPECT_EQ("\xDC" "ber&springen", skip);
-    EXPECT_EQ("&Beenden", quit);
+    Delivery second = Answer(exposure, {Take(IDOK)});
+    ASSERT_EQ(1u, shown.size());
+    EXPECT_EQ("Neu", shown[0].caption);
+    EXPECT_EQ((std::vector<std::string>{"Weiter", "&Zur\xFC" "ck", "\xDC" "ber&springen", "&Beenden"}),
+              shown[0].texts);
+    EXPECT_EQ("1111", shown[0].enabled);
     EXPECT_TRUE(IsFreed(exposure.header) && IsFreed(exposure.bits));
     EXPECT_EQ(3, second.result);
     EXPECT_EQ("11", second.label);
@@ -121,209 +115,176 @@ TEST_F(Run, WholeTemplateFromFirstTakeToAcceptingTheLast) {
     EXPECT_EQ("36", third.label);
     EXPECT_FALSE(third.done);
 
-    ButtonStates states{};
-    std::string finishCaption;
-    Delivery end = WithUser<Delivery>([&] { return Next(host.hwnd(), MakeImages()); },
-                                      [&](DialogDriver& d) {
-                                          HWND review = d.WaitFor(kPicture);
-                                          ASSERT_NE(nullptr, review);
-                                          DialogDriver::Click(review, IDOK);
-                                          HWND fin = d.WaitFor(kFinAccept);
-                                          ASSERT_NE(nullptr, fin);
-                                          finishCaption = DialogDriver::Text(fin);
-                                          states = StatesOf(fin);
-                                          DialogDriver::Click(fin, kFinAccept);
-                                      });
-    EXPECT_EQ("Aufnahmeschema beenden", finishCaption);
-    EXPECT_EQ(kEnd, states);
+    Delivery end = Answer(MakeImages(), {Take(IDOK), Finish(IDC_FINISH_ACCEPT)});
+    ASSERT_EQ(2u, shown.size());
+    EXPECT_EQ("Aufnahmeschema beenden", shown[1].caption);
+    EXPECT_EQ(kEnd, shown[1].enabled);
     EXPECT_EQ(-1, end.result);
     EXPECT_TRUE(end.done);
     EXPECT_EQ(3, p.GetState());
     EXPECT_TRUE(TakeBeeps().empty()) << "accepting at the end gives no beep";
 }
 
-TEST_F(Run, BackRepeatsTheTakeAndSkipJumpsOverOne) {
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
-    Next(host.hwnd(), {});
-    Delivery skipped = Review(kSkip);  // after take 1: Überspringen, Weiter
-    EXPECT_EQ(4, skipped.result);
-    EXPECT_EQ("36", skipped.label) << "take 2 is skipped";
-    Delivery again = Review(kBack);
-    EXPECT_EQ(4, again.result);
-    EXPECT_EQ("36", again.label) << "Zurück then Weiter repeats the exposure";
+TEST_F(Run, TheExposureIsPaintedFittedAndCentred) {
+    ASSERT_TRUE(Begin());
+    const COLORREF colour = RGB(10, 200, 90);
+    for (SIZE image : {SIZE{64, 48}, SIZE{1200, 300}}) {
+        RECT area{}, box{};
+        look = [&](HWND dlg) {
+            HWND picture = GetDlgItem(dlg, IDC_TAKE_PICTURE);
+            GetClientRect(picture, &area);
+            box = PaintedBox(picture, colour);
+        };
+        Answer(MakeImages(image.cx, image.cy, colour), {Take(IDOK)});
+        const int w = box.right - box.left, h = box.bottom - box.top;
+        const int rw = area.right - 1, rh = area.bottom - 1;  // the last column and row stay free
+        ASSERT_GT(w, 0) << image.cx << ": the exposure is not painted";
+        if (image.cx <= rw && image.cy <= rh) {
+            EXPECT_EQ(image.cx, w) << "never enlarged";
+            EXPECT_EQ(image.cy, h);
+        } else {
+            EXPECT_EQ(rw, w) << "reduced to the width of the area";
+            EXPECT_NEAR(static_cast<double>(image.cy) / image.cx, static_cast<double>(h) / w,
+                        1.0 / w)
+                << "one factor for both directions";
+        }
+        EXPECT_NEAR(rw, box.left + box.right, 1) << image.cx << ": centred across";
+        EXPECT_NEAR(rh, box.top + box.bottom, 1) << image.cx << ": centred down";
+    }
 }
 
-TEST_F(Run, SkipAtTheLastTakeStaysThere) {
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
-    Next(host.hwnd(), {});
-    EXPECT_EQ("11", Review(IDOK).label);  // P = 3 = N
-    Delivery last = Review(kSkip);
-    EXPECT_EQ(4, last.result);
-    EXPECT_EQ("36", last.label);
-}
-
-TEST_F(Run, BackAtTheFirstTakeStaysThere) {
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
-    Next(host.hwnd(), {});
-    // P = 2: one Zurück gives P = 1 ...
-    EXPECT_EQ("17", Review(kBack).label);
-    EXPECT_EQ(2, p.GetState());
+TEST_F(Run, BackRepeatsAndSkipJumpsButNeverPastTheEnds) {
+    const struct {
+        std::vector<int> presses;
+        std::vector<std::string> labels;  // delivered after each press
+    } cases[] = {
+        {{IDC_TAKE_SKIP, IDC_BACK}, {"36", "36"}},  // take 2 skipped, then take 3 repeated
+        {{IDOK, IDC_TAKE_SKIP}, {"11", "36"}},      // Überspringen at the last take stays there
+        {{IDC_BACK}, {"17"}},                       // Zurück at the first take stays there
+    };
+    for (const auto& c : cases) {
+        ASSERT_TRUE(Begin());
+        for (size_t i = 0; i < c.presses.size(); ++i)
+            EXPECT_EQ(c.labels[i], Review(c.presses[i]).label) << c.presses[0] << " step " << i;
+        EXPECT_EQ(2, p.GetState());
+        p.Stop();
+    }
 }
 
 TEST_F(Run, BeendenInTheTakeDialogEndsTheRunWithAnErrorBeep) {
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
-    Next(host.hwnd(), {});
+    ASSERT_TRUE(Begin());
     Images im = MakeImages();
-    Delivery d = WithUser<Delivery>([&] { return Next(host.hwnd(), im); }, [&](DialogDriver& drv) {
-        HWND dlg = drv.WaitFor(kPicture);
-        ASSERT_NE(nullptr, dlg);
-        DialogDriver::Click(dlg, kQuit);
-    });
+    Delivery d = Answer(im, {Take(IDC_TAKE_QUIT)});
     EXPECT_EQ(-1, d.result);
     EXPECT_EQ(3, p.GetState());
     EXPECT_TRUE(IsFreed(im.header) && IsFreed(im.bits));
     EXPECT_EQ((std::vector<UINT>{MB_ICONHAND}), TakeBeeps());
 }
 
-TEST_F(Run, TimerGoesOnByItselfButNotAfterBack) {
+TEST_F(Run, StopFromTheHostDuringTheReviewEndsGetNextWithZero) {
+    ASSERT_TRUE(Begin());
+    look = [&](HWND) {
+        PostMessageA(host.hwnd(), kHostStopRun, 0, 0);
+        for (int i = 0; i < 100 && p.GetState() == 2; ++i) Sleep(20);
+    };
+    const Images exposure = MakeImages();
+    Delivery d = Answer(exposure, {Take(IDOK)});
+    EXPECT_EQ(3, p.GetState()) << "the host's Stop ended the run";
+    EXPECT_EQ(0, d.result) << "no template left to deliver from";
+    EXPECT_EQ("", d.label);
+    EXPECT_TRUE(IsFreed(exposure.header) && IsFreed(exposure.bits));
+}
+
+TEST_F(Run, TimerGoesOnByItselfUntilBackOrSkip) {
     cat.Set("Application", "PreviewTimeout", "1");
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
-    Next(host.hwnd(), {});
+    ASSERT_TRUE(Begin());
     const DWORD t0 = GetTickCount();
     Delivery automatic = Next(host.hwnd(), MakeImages());  // nobody clicks
     const DWORD elapsed = GetTickCount() - t0;
     EXPECT_EQ(3, automatic.result);
     EXPECT_GE(elapsed, 900u);
     EXPECT_LT(elapsed, 5000u);
-
-    bool stillOpen = false;
-    Delivery d = WithUser<Delivery>([&] { return Next(host.hwnd(), MakeImages()); },
-                                    [&](DialogDriver& drv) {
-                                        HWND dlg = drv.WaitFor(kPicture);
-                                        ASSERT_NE(nullptr, dlg);
-                                        DialogDriver::Click(dlg, kBack);
-                                        HWND again = drv.WaitFor(kPicture);
-                                        ASSERT_NE(nullptr, again);
-                                        Sleep(1800);
-                                        stillOpen = IsWindow(again) && IsWindowVisible(again);
-                                        DialogDriver::Click(again, IDOK);
-                                    });
-    EXPECT_TRUE(stillOpen) << "after Zurück the dialog waits for the user";
-    EXPECT_EQ(3, d.result);
+    for (int press : {IDC_BACK, IDC_TAKE_SKIP}) {
+        Delivery d = Answer(MakeImages(), {Take(press), Take(IDOK, 1800)});
+        ASSERT_EQ(2u, shown.size());
+        EXPECT_TRUE(shown[1].open) << press << ": shown again, the dialog waits for the user";
+        EXPECT_GT(d.result, 0);
+    }
 }
 
 TEST_F(Run, MovedTakeDialogComesBackWhereTheUserLeftIt) {
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
-    Next(host.hwnd(), {});
-    RECT first{}, second{};
-    WithUser<Delivery>([&] { return Next(host.hwnd(), MakeImages()); }, [&](DialogDriver& d) {
-        HWND dlg = d.WaitFor(kPicture);
-        ASSERT_NE(nullptr, dlg);
-        SetWindowPos(dlg, nullptr, 37, 41, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
-        GetWindowRect(dlg, &first);
-        DialogDriver::Click(dlg, kBack);
-        HWND again = d.WaitFor(kPicture);
-        ASSERT_NE(nullptr, again);
-        GetWindowRect(again, &second);
-        DialogDriver::Click(again, IDOK);
-    });
-    EXPECT_EQ(37, first.left);
-    EXPECT_EQ(first, second);
+    ASSERT_TRUE(Begin());
+    look = [&](HWND dlg) {
+        if (shown.empty()) SetWindowPos(dlg, nullptr, 37, 41, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    };
+    Answer(MakeImages(), {Take(IDC_BACK), Take(IDOK)});
+    ASSERT_EQ(2u, shown.size());
+    EXPECT_EQ(37, shown[0].rect.left);
+    EXPECT_EQ(shown[0].rect, shown[1].rect);
 }
 
 TEST_F(Run, FinishDialogStatesWhileSteppingAtTheEnd) {
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
-    Next(host.hwnd(), {});
+    ASSERT_TRUE(Begin());
     Review(IDOK);
     Review(IDOK);  // take 3 delivered, P = 4
-    std::vector<ButtonStates> seen;
-    Delivery d = WithUser<Delivery>([&] { return Next(host.hwnd(), MakeImages()); },
-                                    [&](DialogDriver& drv) {
-                                        HWND review = drv.WaitFor(kPicture);
-                                        ASSERT_NE(nullptr, review);
-                                        DialogDriver::Click(review, IDOK);
-                                        HWND fin = drv.WaitFor(kFinAccept);
-                                        ASSERT_NE(nullptr, fin);
-                                        seen.push_back(StatesOf(fin));
-                                        EXPECT_FALSE(DialogDriver::Click(fin, kFinNext));
-                                        DialogDriver::Click(fin, kBack);  // P = 3
-                                        HWND fin2 = drv.WaitFor(kFinAccept);
-                                        ASSERT_NE(nullptr, fin2);
-                                        seen.push_back(StatesOf(fin2));
-                                        DialogDriver::Click(fin2, kFinSkip);  // P stays 3 = N
-                                        HWND fin3 = drv.WaitFor(kFinAccept);
-                                        ASSERT_NE(nullptr, fin3);
-                                        seen.push_back(StatesOf(fin3));
-                                        DialogDriver::Click(fin3, kFinNext);
-                                    });
-    ASSERT_EQ(3u, seen.size());
-    EXPECT_EQ(kEnd, seen[0]);
-    EXPECT_EQ(kMiddle, seen[1]);
-    EXPECT_EQ(kLast, seen[2]);
+    Delivery d = Answer(MakeImages(), {Take(IDOK), Finish(IDC_BACK), Finish(IDC_FINISH_SKIP),
+                                       Finish(IDC_FINISH_NEXT)});
+    ASSERT_EQ(4u, shown.size());
+    EXPECT_EQ(kEnd, shown[1].enabled);
+    EXPECT_EQ(kMiddle, shown[2].enabled) << "after Zurück, P = 3";
+    EXPECT_EQ(kLast, shown[3].enabled) << "skipping at P = N stays there";
     EXPECT_EQ(4, d.result);
     EXPECT_EQ("36", d.label) << "Weiter after Zurück delivers the last take again";
     EXPECT_TRUE(d.done);
 }
 
 TEST_F(Run, OneTakeTemplateBackGivesTheFirstTakeState) {
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 1));
-    EXPECT_EQ(2, Next(host.hwnd(), {}).result);
-    std::vector<ButtonStates> seen;
-    Delivery d = WithUser<Delivery>([&] { return Next(host.hwnd(), MakeImages()); },
-                                    [&](DialogDriver& drv) {
-                                        DialogDriver::Click(drv.WaitFor(kPicture), IDOK);
-                                        HWND fin = drv.WaitFor(kFinAccept);
-                                        ASSERT_NE(nullptr, fin);
-                                        seen.push_back(StatesOf(fin));
-                                        DialogDriver::Click(fin, kBack);
-                                        HWND fin2 = drv.WaitFor(kFinAccept);
-                                        ASSERT_NE(nullptr, fin2);
-                                        seen.push_back(StatesOf(fin2));
-                                        DialogDriver::Click(fin2, kQuit);
-                                    });
-    ASSERT_EQ(2u, seen.size());
-    EXPECT_EQ(kEnd, seen[0]);
-    EXPECT_EQ(kFirst, seen[1]);
+    ASSERT_TRUE(Begin(1));
+    Delivery d = Answer(MakeImages(), {Take(IDOK), Finish(IDC_BACK), Finish(IDC_FINISH_QUIT)});
+    ASSERT_EQ(3u, shown.size());
+    EXPECT_EQ(kEnd, shown[1].enabled);
+    EXPECT_EQ(kFirst, shown[2].enabled);
     EXPECT_EQ(-1, d.result);
     EXPECT_EQ(3, p.GetState());
+    EXPECT_TRUE(TakeBeeps().empty()) << "ending at the end of the template is silent";
 }
 
 TEST_F(Run, StepBackAndAskRepeatsOrEndsWithAPlainBeep) {
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
-    Next(host.hwnd(), {});
+    ASSERT_TRUE(Begin());
     Review(IDOK);  // take 2 delivered, P = 3
-    ButtonStates state{};
-    Delivery again = WithUser<Delivery>([&] { return Next(host.hwnd(), {}, true); },
-                                        [&](DialogDriver& drv) {
-                                            HWND fin = drv.WaitFor(kFinAccept);
-                                            ASSERT_NE(nullptr, fin);
-                                            state = StatesOf(fin);
-                                            DialogDriver::Click(fin, kFinNext);
-                                        });
-    EXPECT_EQ(kMiddle, state);
+    Delivery again = Answer({}, {Finish(IDC_FINISH_NEXT)}, true);
+    EXPECT_EQ(kMiddle, shown.at(0).enabled);
     EXPECT_EQ(3, again.result);
     EXPECT_EQ("11", again.label);
     EXPECT_FALSE(again.done);
 
-    Delivery ended = WithUser<Delivery>([&] { return Next(host.hwnd(), {}, true); },
-                                        [&](DialogDriver& drv) {
-                                            DialogDriver::Click(drv.WaitFor(kFinAccept), kQuit);
-                                        });
+    Delivery ended = Answer({}, {Finish(IDC_FINISH_QUIT)}, true);
     EXPECT_EQ(-1, ended.result);
     EXPECT_EQ(3, p.GetState());
     EXPECT_EQ((std::vector<UINT>{MB_OK}), TakeBeeps());
 }
 
+TEST_F(Run, AskingAtTheFirstTakeThenSkippingThisExposure) {
+    ASSERT_TRUE(Begin());  // take 1 delivered, P = 2
+    Delivery d = Answer({}, {Finish(IDC_BACK), Finish(IDC_FINISH_SKIP), Finish(IDC_FINISH_NEXT)}, true);
+    ASSERT_EQ(3u, shown.size());
+    EXPECT_EQ(kMiddle, shown[0].enabled) << "the middle state even at take 1";
+    EXPECT_EQ(kFirst, shown[1].enabled) << "Zurück finds no take before the first";
+    EXPECT_EQ(kMiddle, shown[2].enabled);
+    EXPECT_EQ(3, d.result);
+    EXPECT_EQ("11", d.label) << "take 1 skipped: take 2 comes next";
+
+    d = Answer({}, {Finish(IDC_FINISH_SKIP), Finish(IDC_FINISH_NEXT)}, true);  // back to 2, on to 3
+    ASSERT_EQ(2u, shown.size());
+    EXPECT_EQ(kLast, shown[1].enabled);
+    EXPECT_EQ("36", d.label);
+    EXPECT_FALSE(d.done);
+    EXPECT_TRUE(TakeBeeps().empty());
+}
+
 TEST_F(Run, EscapeAtTheEndFailsTheDeliveryButKeepsTheRun) {
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 1));
-    Next(host.hwnd(), {});
-    Delivery d = WithUser<Delivery>([&] { return Next(host.hwnd(), MakeImages()); },
-                                    [&](DialogDriver& drv) {
-                                        DialogDriver::Click(drv.WaitFor(kPicture), IDOK);
-                                        HWND fin = drv.WaitFor(kFinAccept);
-                                        ASSERT_NE(nullptr, fin);
-                                        DialogDriver::PressEscape(fin);
-                                    });
+    ASSERT_TRUE(Begin(1));
+    Delivery d = Answer(MakeImages(), {Take(IDOK), Finish(kEscape)});
     EXPECT_EQ(-1, d.result);
     EXPECT_EQ("", d.label);
     EXPECT_TRUE(d.done);
@@ -336,18 +297,13 @@ TEST_F(Run, MappingScalesWithTheHostRectangleNotItsPlace) {
     ASSERT_TRUE(StartOn(cat, host.hwnd(), 2));
     Delivery a = Next(host.hwnd(), {}, false, {100, 100, 100 + 422, 100 + 349});
     EXPECT_EQ((RECT{0, 0, 50, 37}), a.rect);
-    Delivery b = WithUser<Delivery>(
-        [&] { return Next(host.hwnd(), MakeImages(), false, {0, 0, 800, 600}); },
-        [&](DialogDriver& drv) { DialogDriver::Click(drv.WaitFor(kPicture), IDOK); });
+    Delivery b = Answer(MakeImages(), {Take(IDOK)}, false, {0, 0, 800, 600});
     // (170,150)-(270,225) moved by (-70,-50) and scaled by 800/844, 600/698.
     EXPECT_EQ((RECT{94, 85, 189, 150}), b.rect);
 }
 
-
-
 TEST_F(Run, BrokenImagesAreShownAsNothingAndFreed) {
-    ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
-    Next(host.hwnd(), {});
+    ASSERT_TRUE(Begin());
     Images shortHeader{GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, 8), MakeImages().bits};
     Images hugeImage = MakeImages(64, 48);
     {
@@ -356,14 +312,9 @@ TEST_F(Run, BrokenImagesAreShownAsNothingAndFreed) {
         bi->biHeight = -20000;
         GlobalUnlock(hugeImage.header);
     }
+    look = [](HWND dlg) { UpdateWindow(dlg); };
     for (const Images& im : {shortHeader, hugeImage}) {
-        Delivery d = WithUser<Delivery>([&] { return Next(host.hwnd(), im); }, [&](DialogDriver& drv) {
-            HWND dlg = drv.WaitFor(kPicture);
-            ASSERT_NE(nullptr, dlg);
-            UpdateWindow(dlg);
-            DialogDriver::Click(dlg, IDOK);
-        });
-        EXPECT_GT(d.result, 0);
+        EXPECT_GT(Answer(im, {Take(IDOK)}).result, 0);
         EXPECT_TRUE(IsFreed(im.header) && IsFreed(im.bits));
     }
 }
@@ -379,7 +330,7 @@ TEST_F(Run, TextsComeFromTheHostsLanguageDatabase) {
     p.Initialize(cat.base().c_str());
     std::string selCaption, cancel, ok;
     ASSERT_TRUE(WithUser<BOOL>([&] { return p.Start(host.hwnd()); }, [&](DialogDriver& d) {
-        HWND dlg = d.WaitFor(15014);
+        HWND dlg = d.WaitFor(IDC_SELECTION_LIST);
         ASSERT_NE(nullptr, dlg);
         selCaption = DialogDriver::Text(dlg);
         cancel = DialogDriver::ItemText(dlg, IDCANCEL);
@@ -387,24 +338,15 @@ TEST_F(Run, TextsComeFromTheHostsLanguageDatabase) {
         DialogDriver::Click(dlg, IDOK);
     }));
     Next(host.hwnd(), {});
-    std::string caption, next, back, skip;
-    WithUser<Delivery>([&] { return Next(host.hwnd(), MakeImages()); }, [&](DialogDriver& d) {
-        HWND dlg = d.WaitFor(kPicture);
-        ASSERT_NE(nullptr, dlg);
-        caption = DialogDriver::Text(dlg);
-        next = DialogDriver::ItemText(dlg, IDOK);
-        back = DialogDriver::ItemText(dlg, kBack);
-        skip = DialogDriver::ItemText(dlg, kSkip);
-        DialogDriver::Click(dlg, IDOK);
-    });
+    Answer(MakeImages(), {Take(IDOK)});
     hoststub::RevokeAutomation();
     EXPECT_EQ("Choose template", selCaption);
     EXPECT_EQ("Cancel", cancel);
     EXPECT_EQ("OK", ok) << "no translation: the resource text stays";
-    EXPECT_EQ("Exposure", caption);
-    EXPECT_EQ("Next", next);
-    EXPECT_EQ("&Back", back);
-    EXPECT_EQ("\xDC" "ber&springen", skip);
+    ASSERT_EQ(1u, shown.size());
+    EXPECT_EQ("Exposure", shown[0].caption);
+    EXPECT_EQ((std::vector<std::string>{"Next", "&Back", "\xDC" "ber&springen", "&Beenden"}),
+              shown[0].texts);
     EXPECT_GE(hoststub::Stats().sectionsOpened, 2) << "each dialog opens the section anew";
     EXPECT_EQ(hoststub::Stats().sectionsOpened, hoststub::Stats().sectionsClosed);
 }

