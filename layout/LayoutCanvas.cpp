@@ -3,8 +3,10 @@
 #include "fw/Beep.h"
 #include "fw/Gdi.h"
 #include "fw/Module.h"
+#include "hostlib/HostLibrary.h"
 #include "layout/LayoutOwner.h"
 #include "res/resource.h"
+#include "settings/Settings.h"
 #include "templates/Template.h"
 
 CLayoutCanvas::CLayoutCanvas() = default;
@@ -12,12 +14,25 @@ CLayoutCanvas::CLayoutCanvas() = default;
 CLayoutCanvas::~CLayoutCanvas() = default;
 
 void CLayoutCanvas::Init(CLayoutOwner* owner, const std::string* settingsFile) {
-    if (owner) m_pOwner = owner;
+    if (owner) {
+        m_pOwner = owner;
+        BuildMenu();
+    }
     m_rcClient = GetClientRect();
     BuildClipRegion();
     if (settingsFile && !settingsFile->empty() &&
         ::GetPrivateProfileIntA("Debug", "ShowOnlyActive", 0, settingsFile->c_str()))
         m_bShowOnlyActive = TRUE;
+}
+
+void CLayoutCanvas::BuildMenu() {
+    auto menu = std::make_unique<CLayoutMenu>();
+    if (!menu->Build()) {
+        fw::Beep(MB_ICONHAND);
+        m_pMenu.reset();
+        return;
+    }
+    m_pMenu = std::move(menu);
 }
 
 void CLayoutCanvas::BuildClipRegion() {
@@ -118,8 +133,10 @@ LRESULT CLayoutCanvas::WindowProc(UINT msg, WPARAM wp, LPARAM lp) {
         break;
     case WM_RBUTTONDOWN:
         if (!m_pOwner) return 0;
-        SelectAt(pt);
+        OnRButtonDown(pt);
         break;
+    case WM_COMMAND:
+        return OnCommand(wp, lp);
     case WM_SETCURSOR:
         if (m_pSelected && reinterpret_cast<HWND>(wp) == hwnd() &&
             m_pSelected->SetCursor(hwnd(), LOWORD(lp)))
@@ -160,13 +177,87 @@ void CLayoutCanvas::MoveSelected(POINT pt) {
     tracker->SetTracking(true);
     RECT before = tracker->GetTrackerRect();
     ::InflateRect(&before, 10, 10);
-    if (tracker->Track(hwnd(), pt)) {
-        RECT after = tracker->GetTrackerRect();
-        ::InflateRect(&after, 10, 10);
+    const bool moved = tracker->Track(hwnd(), pt);
+    // A cancelled drag puts back only the tracker's rectangle; the take keeps
+    // the moves already made, and the item is drawn where the take now is.
+    tracker->Recalc();
+    RECT after = tracker->GetTrackerRect();
+    ::InflateRect(&after, 10, 10);
+    if (moved || !::EqualRect(&before, &after)) {
         Invalidate(&before, true);
         Invalidate(&after, true);
     }
     tracker->SetTracking(false);
+}
+
+void CLayoutCanvas::OnRButtonDown(POINT pt) {
+    if (!SelectAt(pt) || !m_pMenu) return;
+    POINT screen = pt;
+    ::ClientToScreen(hwnd(), &screen);
+    // The menu runs modally here; the chosen command comes back to this
+    // window as WM_COMMAND, while the take is still selected.
+    m_pMenu->Track(hwnd(), screen, TPM_RIGHTBUTTON | TPM_LEFTALIGN);
+}
+
+LRESULT CLayoutCanvas::OnCommand(WPARAM wp, LPARAM lp) {
+    // Only the designer's canvas has a menu whose commands act.
+    if (m_pOwner) {
+        const UINT id = LOWORD(wp);
+        CTake* take = GetSelectedTake();
+        if (!take)
+            m_pOwner->UpdateView();
+        else if (id < CLayoutMenu::kFirstCommand || id > CLayoutMenu::kLastCommand)
+            fw::Beep(MB_ICONHAND);
+        else
+            RunCommand(id, *m_pSelected, *take);
+    }
+    return Default(WM_COMMAND, wp, lp);
+}
+
+void CLayoutCanvas::RunCommand(UINT id, CTakeTracker& tracker, CTake& take) {
+    const CSettings& settings = TheSettings();
+    const HWND boxOwner = m_pOwner->OwnerWindow();
+    if (CLayoutMenu::IsHolderCommand(id)) {
+        if (const CHolder* holder = settings.GetHolder(CLayoutMenu::HolderNumber(id) - 1)) {
+            if (holder->Allows(take.IsVertical()))
+                take.SetHolder(CLayoutMenu::HolderNumber(id));
+            else
+                HostBoxWarning(boxOwner, IDS_HOLDER_ORIENTATION);
+        }
+        m_pOwner->UpdateView();
+        return;
+    }
+    if (CLayoutMenu::IsSensorCommand(id)) {
+        take.SetSensor(CLayoutMenu::SensorNumber(id));  // an unknown sensor keeps the old one
+        tracker.SetTake(&take);
+        m_pOwner->UpdateView();
+        return;
+    }
+    switch (id) {
+    case CLayoutMenu::kZoomIn:
+        tracker.ZoomIn();
+        break;
+    case CLayoutMenu::kZoomOut:
+        tracker.ZoomOut();
+        break;
+    case CLayoutMenu::kDelete:
+        // The owner deletes the tracker and the take: neither is touched again.
+        m_pOwner->DeleteTake(take.GetPosition());
+        break;
+    case CLayoutMenu::kRotate: {
+        const CHolder* holder = settings.GetHolder(take.GetHolder() - 1);
+        if (!holder)
+            m_pOwner->UpdateView();
+        else if (!holder->Allows(!take.IsVertical()))  // the orientation after the turn
+            HostBoxWarning(boxOwner, IDS_ROTATE_HOLDER);
+        else
+            tracker.Rotate();  // may still refuse when the turned image does not fit
+        break;
+    }
+    case CLayoutMenu::kTooth:
+        HostBoxInfo(boxOwner, IDS_TOOTH_HINT);
+        break;
+    }
 }
 
 void CLayoutCanvas::OnPaint() {

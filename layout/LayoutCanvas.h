@@ -1,7 +1,8 @@
 // The takes of a template drawn on a small picture of the host's screen. With
 // an owner (the template designer) takes are selected, moved and put into
-// acquisition order with the mouse; without one (the progress preview) the
-// canvas only shows the template and the take marked by SelectTake.
+// acquisition order with the mouse, and edited through a context menu on the
+// right button; without one (the progress preview) the canvas only shows the
+// template and the take marked by SelectTake.
 #pragma once
 #include <windows.h>
 #include <memory>
@@ -9,6 +10,7 @@
 #include <vector>
 #include "fw/Handle.h"
 #include "fw/Window.h"
+#include "layout/LayoutMenu.h"
 #include "layout/TakeTracker.h"
 
 class CLayoutOwner;
@@ -37,22 +39,28 @@ public:
     CTakeTracker* GetTracker(int index) const { return m_trackers[index].get(); }
     CTakeTracker* GetSelectedTracker() const { return m_pSelected; }
     bool GetShowOnlyActive() const { return m_bShowOnlyActive != 0; }
+    const CLayoutMenu* GetMenu() const { return m_pMenu.get(); }
 
 protected:
     LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override;
 
 private:
     void BuildClipRegion();
+    void BuildMenu();
     void OnPaint();
     void OnLButtonDown(POINT pt);
     void AssignOrder();
     void MoveSelected(POINT pt);
+    void OnRButtonDown(POINT pt);
+    LRESULT OnCommand(WPARAM wp, LPARAM lp);
+    void RunCommand(UINT id, CTakeTracker& tracker, CTake& take);
     void NotifySelectionChanged();
 
     CLayoutOwner* m_pOwner = nullptr;
     CTemplate* m_pTemplate = nullptr;
     std::vector<std::unique_ptr<CTakeTracker>> m_trackers;
     CTakeTracker* m_pSelected = nullptr;
+    std::unique_ptr<CLayoutMenu> m_pMenu;
     RECT m_rcClient{};
     fw::UniqueRgn m_clipRegion;
     BOOL m_bOrderMode = FALSE;

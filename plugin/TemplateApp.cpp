@@ -2,6 +2,7 @@
 #include <new>
 #include "fw/Beep.h"
 #include "templates/Template.h"
+#include "ui/ConfigureDlg.h"
 #include "ui/PreviewDlg.h"
 #include "ui/SelectionDlg.h"
 
@@ -100,9 +101,9 @@ void CTemplateApp::ClosePreview() {
     m_pPreviewDlg = nullptr;
 }
 
-BOOL CTemplateApp::RunConfiguration(HWND) {
+BOOL CTemplateApp::RunConfiguration(HWND host) {
+    CConfigureDlg dialog(m_strCatalogPath, host);
     if (!m_settings.Load(m_strCatalogPath)) return FALSE;
-    // The template designer opens here once it exists; until then the
-    // settings are checked and nothing is shown.
+    dialog.DoModal();
     return TRUE;
 }

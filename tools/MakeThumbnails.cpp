@@ -22,6 +22,7 @@ public:
         UpdateWindow(m_canvas);
     }
     HWND OwnerWindow() const override { return nullptr; }
+    void DeleteTake(int) override {}
 
 private:
     HWND m_canvas;

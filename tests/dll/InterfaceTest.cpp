@@ -6,7 +6,7 @@
 namespace {
 
 BOOL CALLBACK CountPreview(HWND h, LPARAM lp) {
-    if (IsWindowVisible(h) && GetDlgItem(h, 15039)) ++*reinterpret_cast<int*>(lp);
+    if (IsWindowVisible(h) && GetDlgItem(h, IDC_PREVIEW_CANVAS)) ++*reinterpret_cast<int*>(lp);
     return TRUE;
 }
 
@@ -22,10 +22,12 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(p.loaded) << "Zemblax.dll not loaded or not all eight functions found";
         ResetModule();
+        cat.AddTemplate(1, "A", ThreeTakes());
     }
     void TearDown() override { ResetModule(); }
     PluginHost& p = PluginHost::Get();
     HostWindow host;
+    Catalog cat;
 };
 
 TEST_F(Interface, VersionIsOneWhateverTheHostAsks) {
@@ -40,19 +42,42 @@ TEST_F(Interface, VersionIsOneWhateverTheHostAsks) {
     EXPECT_TRUE(TakeBeeps().empty());
 }
 
-TEST_F(Interface, LoadedStateRefusesWithTheHandBeep) {
-    Images im = MakeImages();
-    EXPECT_EQ(3, p.GetState());
-    EXPECT_FALSE(p.Start(host.hwnd()));
-    EXPECT_FALSE(p.Configure(host.hwnd()));
-    Delivery d = Next(host.hwnd(), im);
-    EXPECT_EQ(-1, d.result);
-    EXPECT_TRUE(IsFreed(im.header));
-    EXPECT_TRUE(IsFreed(im.bits));
-    EXPECT_FALSE(p.Stop());
-    EXPECT_TRUE(p.Uninitialize());
-    EXPECT_EQ((std::vector<UINT>{MB_ICONHAND, MB_ICONHAND, MB_ICONHAND}), TakeBeeps());
-    EXPECT_EQ(3, p.GetState());
+TEST_F(Interface, NotInitialisedOrNoWindowRefusesWithTheHandBeep) {
+    HWND gone;
+    {
+        HostWindow temporary;
+        gone = temporary.hwnd();
+    }
+    const struct {
+        const char* name;
+        bool initialised;
+        HWND window;
+    } cases[] = {{"loaded only", false, host.hwnd()}, {"destroyed window", true, gone}};
+    for (const auto& c : cases) {
+        ResetModule();
+        if (c.initialised) {
+            ASSERT_TRUE(p.Initialize(cat.base().c_str()));
+        }
+        Images im = MakeImages();
+        EXPECT_FALSE(p.Start(c.window)) << c.name;
+        EXPECT_FALSE(p.Configure(c.window)) << c.name;
+        EXPECT_EQ(-1, Next(c.window, im).result) << c.name;
+        EXPECT_TRUE(IsFreed(im.header) && IsFreed(im.bits)) << c.name;
+        EXPECT_EQ((std::vector<UINT>{MB_ICONHAND, MB_ICONHAND, MB_ICONHAND}), TakeBeeps()) << c.name;
+        EXPECT_FALSE(p.Stop()) << c.name << ": nothing to stop, and no beep";
+        EXPECT_EQ(3, p.GetState()) << c.name;
+    }
+    EXPECT_TRUE(TakeBeeps().empty());
+}
+
+// The designer opens; the user ends it at once with Beenden.
+BOOL ConfigureAndFinish(HWND host) {
+    return WithUser<BOOL>([&] { return PluginHost::Get().Configure(host); },
+                          [](DialogDriver& d) {
+                              HWND dlg = d.WaitFor(IDC_TOOTH_CHART);
+                              ASSERT_NE(nullptr, dlg);
+                              DialogDriver::Click(dlg, IDCANCEL);
+                          });
 }
 
 TEST_F(Interface, EmptyBasePathIsRefusedSilentlyAndKeepsThePrevious) {
@@ -60,36 +85,17 @@ TEST_F(Interface, EmptyBasePathIsRefusedSilentlyAndKeepsThePrevious) {
     EXPECT_FALSE(p.Initialize(nullptr));
     EXPECT_FALSE(p.Configure(host.hwnd()));  // still not initialised
     TakeBeeps();
-    Catalog cat;
     ASSERT_TRUE(p.Initialize(cat.base().c_str()));
     EXPECT_FALSE(p.Initialize(""));
-    EXPECT_TRUE(p.Configure(host.hwnd())) << "the earlier initialisation must stay";
+    EXPECT_TRUE(ConfigureAndFinish(host.hwnd())) << "the earlier initialisation must stay";
+    EXPECT_EQ(3, p.GetState());
     EXPECT_TRUE(TakeBeeps().empty());
 }
 
-TEST_F(Interface, InvalidHostWindowBeepsEvenWhenInitialised) {
-    Catalog cat;
-    ASSERT_TRUE(p.Initialize(cat.base().c_str()));
-    HWND gone;
-    {
-        HostWindow temporary;
-        gone = temporary.hwnd();
-    }
-    Images im = MakeImages();
-    EXPECT_FALSE(p.Start(gone));
-    EXPECT_FALSE(p.Configure(gone));
-    EXPECT_EQ(-1, Next(gone, im).result);
-    EXPECT_TRUE(IsFreed(im.header) && IsFreed(im.bits));
-    EXPECT_EQ((std::vector<UINT>{MB_ICONHAND, MB_ICONHAND, MB_ICONHAND}), TakeBeeps());
-    EXPECT_EQ(3, p.GetState());
-}
-
 TEST_F(Interface, CancelledSelectionLeavesNoRun) {
-    Catalog cat;
-    cat.AddTemplate(1, "A", ThreeTakes());
     ASSERT_TRUE(p.Initialize(cat.base().c_str()));
     BOOL started = WithUser<BOOL>([&] { return p.Start(host.hwnd()); }, [](DialogDriver& d) {
-        HWND dlg = d.WaitFor(15014);
+        HWND dlg = d.WaitFor(IDC_SELECTION_LIST);
         ASSERT_NE(nullptr, dlg);
         DialogDriver::Click(dlg, IDCANCEL);
     });
@@ -98,17 +104,59 @@ TEST_F(Interface, CancelledSelectionLeavesNoRun) {
     EXPECT_FALSE(p.Stop());
 }
 
+TEST_F(Interface, ATemplateThatDoesNotLoadStartsNoRun) {
+    cat.AddTemplate(2, "Kaputt", {{"11"}, {"12", 9}});  // take 2 names a sensor that is not there
+    EXPECT_FALSE(StartOn(cat, host.hwnd(), 1));
+    EXPECT_EQ(3, p.GetState());
+    EXPECT_EQ(0, PreviewWindows());
+    EXPECT_FALSE(p.Stop());
+    EXPECT_TRUE(TakeBeeps().empty()) << "no message, no beep";
+}
+
+TEST_F(Interface, ATemplateWithoutFileRunsEmptyAndEndsAtOnce) {
+    cat.AddTemplate(2, "Leer", {});  // a catalog entry, but no Template2.ini
+    ASSERT_TRUE(StartOn(cat, host.hwnd(), 1)) << "a missing file reads as a template without takes";
+    EXPECT_EQ(2, p.GetState());
+    EXPECT_EQ(1, PreviewWindows());
+    std::string states;
+    Delivery d = WithUser<Delivery>([&] { return Next(host.hwnd(), {}); }, [&](DialogDriver& u) {
+        HWND fin = u.WaitFor(IDC_FINISH_ACCEPT);
+        ASSERT_NE(nullptr, fin);
+        for (int id : {IDC_BACK, IDC_FINISH_SKIP, IDC_FINISH_ACCEPT, IDC_FINISH_NEXT, IDC_FINISH_QUIT})
+            states += DialogDriver::Enabled(fin, id) ? '1' : '0';
+        DialogDriver::Click(fin, IDC_FINISH_QUIT);
+    });
+    EXPECT_EQ("10101", states) << "the first call finds the end of the template";
+    EXPECT_EQ(-1, d.result);
+    EXPECT_TRUE(d.done);
+    EXPECT_EQ(3, p.GetState());
+}
+
+TEST_F(Interface, APreviewThatCannotBeCreatedLeavesTheRunActiveUntilStop) {
+    // The host hands over a child of its main window and closes that child when
+    // the main window is enabled again, i.e. as the selection dialog ends: the
+    // preview's parent is gone by the time the preview is created.
+    HWND view = CreateWindowExA(0, "STATIC", "view", WS_CHILD | WS_VISIBLE, 0, 0, 800, 600,
+                                host.hwnd(), nullptr, nullptr, nullptr);
+    SetPropA(host.hwnd(), kCloseOnEnable, view);
+    EXPECT_FALSE(StartOn(cat, view, 0));
+    ASSERT_FALSE(IsWindow(view)) << "the host did not close its window during Start";
+    EXPECT_EQ(2, p.GetState()) << "the run counts as active once the template is loaded";
+    EXPECT_EQ(0, PreviewWindows());
+    EXPECT_TRUE(p.Stop());
+    EXPECT_EQ(3, p.GetState());
+    EXPECT_FALSE(p.Stop());
+}
+
 TEST_F(Interface, ConfigureDuringARunLeavesTheRunAlone) {
-    Catalog cat;
-    cat.AddTemplate(1, "A", ThreeTakes());
     ASSERT_TRUE(StartOn(cat, host.hwnd()));
     EXPECT_EQ(2, Next(host.hwnd(), {}).result);
     // The settings are read again, and now have no sensor at all.
     WritePrivateProfileStringA("Sensor1", nullptr, nullptr, cat.ini().c_str());
-    EXPECT_TRUE(p.Configure(host.hwnd()));
+    EXPECT_TRUE(ConfigureAndFinish(host.hwnd()));
     EXPECT_EQ(2, p.GetState());
     EXPECT_EQ(1, PreviewWindows());
-    HWND preview = DialogDriver().WaitFor(15039, 2000);
+    HWND preview = DialogDriver().WaitFor(IDC_PREVIEW_CANVAS, 2000);
     ASSERT_NE(nullptr, preview);
     RedrawWindow(preview, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
     // The run goes on where it was: take 2 comes next (the review is skipped
@@ -116,24 +164,14 @@ TEST_F(Interface, ConfigureDuringARunLeavesTheRunAlone) {
     Delivery d = Next(host.hwnd(), {});
     EXPECT_EQ(3, d.result);
     EXPECT_EQ("11", d.label);
-}
-
-TEST_F(Interface, StopTwiceGivesOneThenZero) {
-    Catalog cat;
-    cat.AddTemplate(1, "A", ThreeTakes());
-    ASSERT_TRUE(StartOn(cat, host.hwnd()));
-    EXPECT_EQ(2, p.GetState());
     EXPECT_TRUE(p.Stop());
-    EXPECT_EQ(3, p.GetState());
-    EXPECT_FALSE(p.Stop());
+    EXPECT_FALSE(p.Stop()) << "Stop twice: 1, then 0";
     EXPECT_TRUE(TakeBeeps().empty());
 }
 
 TEST_F(Interface, UninitializeDuringARunOrphansIt) {
-    Catalog cat;
-    cat.AddTemplate(1, "A", ThreeTakes());
     ASSERT_TRUE(StartOn(cat, host.hwnd()));
-    HWND preview = DialogDriver().WaitFor(15039, 2000);
+    HWND preview = DialogDriver().WaitFor(IDC_PREVIEW_CANVAS, 2000);
     EXPECT_TRUE(p.Uninitialize());
     EXPECT_EQ(2, p.GetState());
     EXPECT_FALSE(p.Stop()) << "Stop must not end an orphaned run";
@@ -152,8 +190,6 @@ TEST_F(Interface, UninitializeDuringARunOrphansIt) {
 }
 
 TEST_F(Interface, StartingAgainWithoutStopReplacesTheRun) {
-    Catalog cat;
-    cat.AddTemplate(1, "A", ThreeTakes());
     cat.AddTemplate(2, "B", {{"46"}});
     ASSERT_TRUE(StartOn(cat, host.hwnd(), 0));
     EXPECT_EQ(2, Next(host.hwnd(), {}).result);
@@ -166,49 +202,17 @@ TEST_F(Interface, StartingAgainWithoutStopReplacesTheRun) {
     EXPECT_EQ(0, PreviewWindows());
 }
 
-TEST_F(Interface, VersionResourceNamesTheProduct) {
-    char path[MAX_PATH];
-    GetModuleFileNameA(p.module(), path, MAX_PATH);
-    DWORD ignored = 0;
-    std::vector<char> info(GetFileVersionInfoSizeA(path, &ignored));
-    ASSERT_FALSE(info.empty());
-    ASSERT_TRUE(GetFileVersionInfoA(path, 0, static_cast<DWORD>(info.size()), info.data()));
-    VS_FIXEDFILEINFO* fixed = nullptr;
-    UINT len = 0;
-    ASSERT_TRUE(VerQueryValueA(info.data(), "\\", reinterpret_cast<void**>(&fixed), &len));
-    EXPECT_EQ(0x00010000u, fixed->dwFileVersionMS);
-    char* product = nullptr;
-    ASSERT_TRUE(VerQueryValueA(info.data(), "\\StringFileInfo\\040704B0\\ProductName",
-                               reinterpret_cast<void**>(&product), &len));
-    EXPECT_STREQ("Zemblax", product);
-}
-
-TEST_F(Interface, GetNextWithoutARunReportsThePosition) {
-    Catalog cat;
-    ASSERT_TRUE(p.Initialize(cat.base().c_str()));
-    Delivery d = Next(host.hwnd(), {});
-    EXPECT_EQ(0, d.result);
-    EXPECT_EQ("", d.label);
-    EXPECT_EQ(-1, d.orientation) << "no take, no orientation written";
-    EXPECT_TRUE(TakeBeeps().empty());
-}
-
-TEST_F(Interface, OneImageBlockSkipsTheReviewAndIsFreed) {
-    Catalog cat;
+TEST_F(Interface, GetNextWithoutARunReportsThePositionAndFreesAnyBlock) {
     ASSERT_TRUE(p.Initialize(cat.base().c_str()));
     Images im = MakeImages();
     GlobalFree(im.bits);
     im.bits = nullptr;
-    Delivery d = Next(host.hwnd(), im);  // no dialog may open: nobody would answer it
+    Delivery d = Next(host.hwnd(), im);  // one block: no dialog may open, nobody would answer it
     EXPECT_EQ(0, d.result);
+    EXPECT_EQ("", d.label);
+    EXPECT_EQ(-1, d.orientation) << "no take, no orientation written";
     EXPECT_TRUE(IsFreed(im.header));
-}
-
-TEST_F(Interface, ConfigureLoadsTheSettingsAndReturnsOne) {
-    Catalog cat;
-    ASSERT_TRUE(p.Initialize(cat.base().c_str()));
-    EXPECT_TRUE(p.Configure(host.hwnd()));
-    EXPECT_EQ(3, p.GetState());
+    EXPECT_TRUE(TakeBeeps().empty());
 }
 
 }  // namespace
