@@ -1,6 +1,7 @@
 // zemblax-host.exe: loads Zemblax.dll as the dental imaging application does
 // and runs acquisitions with it. --auto plays the user for a headless run.
-//   zemblax-host.exe [--data=FOLDER] [--auto] [--out=FOLDER] [--template=NAME] [--lang=1033]
+//   zemblax-host.exe [--data=FOLDER] [--auto] [--out=FOLDER] [--template=NAME]
+//                    [--design=NAME] [--lang=1033]
 #include <windows.h>
 #include <ole2.h>
 #include <commctrl.h>
@@ -8,6 +9,7 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include "host/DesignerUser.h"
 #include "host/HostWindow.h"
 #include "hoststub/HostAutomation.h"
 
@@ -36,6 +38,7 @@ bool Parse(int argc, char** argv, HostOptions& o) {
         else if (a.rfind("--data=", 0) == 0) o.dataFolder = WindowsPath(value("--data="));
         else if (a.rfind("--out=", 0) == 0) o.outFolder = WindowsPath(value("--out="));
         else if (a.rfind("--template=", 0) == 0) o.templateName = value("--template=");
+        else if (a.rfind("--design=", 0) == 0) o.designName = value("--design=");
         else if (a.rfind("--lang=", 0) == 0) o.language = std::atoi(value("--lang=").c_str());
         else {
             std::fprintf(stderr, "unknown argument %s\n", a.c_str());
@@ -43,8 +46,11 @@ bool Parse(int argc, char** argv, HostOptions& o) {
         }
     }
     if (o.dataFolder.empty()) o.dataFolder = ExeFolder() + "data";
+    if (!o.designName.empty()) o.templateName = o.designName;
     return true;
 }
+
+constexpr int kToothChart = 15037, kDefineOrder = 15041;
 
 // The automatic user: answers the plug-in's dialogs on the UI thread.
 void ClickWhenEnabled(HWND dlg, int id) {
@@ -52,7 +58,43 @@ void ClickWhenEnabled(HWND dlg, int id) {
     if (b && IsWindowEnabled(b)) PostMessageA(b, BM_CLICK, 0, 0);
 }
 
-void AnswerDialog(HWND dlg, const std::string& templateName) {
+// The automatic user's template: a bitewing-like take over the lower right
+// molars and a standing one over the upper incisors, 12 added by a click, the
+// first take moved, the order turned round, saved under `name`.
+void DesignTemplate(HWND dlg, const HostOptions& o) {
+    DesignerUser user(dlg, o.dataFolder + "\\Template\\Zemblax.ini");
+    auto say = [&](const char* what) {
+        std::printf("designer: %-40s %s\n", what, user.Caption().c_str());
+        std::fflush(stdout);
+    };
+    user.DragSensor(2, 46);
+    say("sensor 2 lying dropped on 46");
+    user.DragSensor(1, 21);
+    say("sensor 1 standing dropped on 21");
+    user.ClickTooth(12);
+    say("tooth 12 clicked");
+    POINT first = user.FindTake(1);
+    user.DragCanvas(first, {first.x + 10, first.y + 6});
+    say("take 1 moved on the layout");
+    first = user.FindTake(1);
+    const POINT second = user.FindTake(2);
+    user.ClickControl(kDefineOrder);
+    user.ClickCanvas(second);
+    user.ClickCanvas(first);
+    user.ClickControl(kDefineOrder);
+    say("order set: front first");
+    const bool saved = user.SaveAs(o.designName);
+    say(saved ? "saved as a new template" : "save as failed");
+    if (!o.outFolder.empty()) user.Snapshot(o.outFolder + "\\designer.bmp");
+    user.ClickControl(IDCANCEL);
+}
+
+void AnswerDialog(HWND dlg, const HostOptions& o) {
+    const std::string& templateName = o.templateName;
+    if (GetDlgItem(dlg, kToothChart)) {
+        DesignTemplate(dlg, o);
+        return;
+    }
     if (HWND list = GetDlgItem(dlg, 15014)) {  // template selection
         int index = 0;
         if (!templateName.empty()) {
@@ -82,21 +124,23 @@ BOOL CALLBACK FindPluginDialog(HWND h, LPARAM lp) {
     char cls[16];
     GetClassNameA(h, cls, sizeof cls);
     if (std::strcmp(cls, "#32770") || !IsWindowVisible(h) || !GetWindow(h, GW_CHILD)) return TRUE;
-    if (!GetDlgItem(h, 15014) && !GetDlgItem(h, 15042) && !GetDlgItem(h, 1006)) return TRUE;
+    if (!GetDlgItem(h, 15014) && !GetDlgItem(h, 15042) && !GetDlgItem(h, 1006) &&
+        !GetDlgItem(h, kToothChart))
+        return TRUE;
     // Handles of closed dialogs come back: a mark tells an answered one.
     if (GetPropA(h, "ZemblaxAnswered")) return TRUE;
     *reinterpret_cast<HWND*>(lp) = h;
     return FALSE;
 }
 
-void AutoUser(DWORD uiThread, std::string templateName, volatile bool* stop) {
+void AutoUser(DWORD uiThread, HostOptions options, volatile bool* stop) {
     while (!*stop) {
         Sleep(150);
         HWND found = nullptr;
         EnumThreadWindows(uiThread, FindPluginDialog, reinterpret_cast<LPARAM>(&found));
         if (!found) continue;
         SetPropA(found, "ZemblaxAnswered", reinterpret_cast<HANDLE>(1));
-        AnswerDialog(found, templateName);
+        AnswerDialog(found, options);
     }
 }
 
@@ -134,7 +178,7 @@ int main(int argc, char** argv) {
     volatile bool stop = false;
     std::thread user;
     if (options.autoUser)
-        user = std::thread(AutoUser, GetCurrentThreadId(), options.templateName, &stop);
+        user = std::thread(AutoUser, GetCurrentThreadId(), options, &stop);
     MSG msg;
     while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
         TranslateMessage(&msg);

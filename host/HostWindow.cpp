@@ -1,10 +1,11 @@
 #include "host/HostWindow.h"
 #include <cstdio>
+#include "host/BitmapFile.h"
 #include "host/Exposure.h"
 
 namespace {
 constexpr UINT kExposeTimer = 1;
-constexpr UINT kCmdStart = 100, kCmdStop = 101, kCmdExit = 103;
+constexpr UINT kCmdStart = 100, kCmdStop = 101, kCmdConfigure = 102, kCmdExit = 103;
 constexpr int kToolStrip = 90;  // the host's tool strip at the right
 constexpr int kStatusBar = 24;
 }  // namespace
@@ -25,6 +26,8 @@ bool HostWindow::Create() {
     AppendMenuA(run, MF_STRING, kCmdStart, "Aufnahmeschema &starten\tF5");
     AppendMenuA(run, MF_STRING, kCmdStop, "Aufnahme a&bbrechen");
     AppendMenuA(run, MF_SEPARATOR, 0, nullptr);
+    AppendMenuA(run, MF_STRING, kCmdConfigure, "Aufnahmeschema &konfigurieren");
+    AppendMenuA(run, MF_SEPARATOR, 0, nullptr);
     AppendMenuA(run, MF_STRING, kCmdExit, "B&eenden");
     AppendMenuA(menu, MF_POPUP, reinterpret_cast<UINT_PTR>(run), "&Aufnahme");
     m_hwnd = CreateWindowExA(0, wc.lpszClassName, "Zemblax Demo - R\xF6ntgenbefund",
@@ -34,7 +37,8 @@ bool HostWindow::Create() {
     SetStatus(m_options.autoUser ? "Automatischer Benutzer" : "F5: Aufnahmeschema starten");
     ShowWindow(m_hwnd, SW_SHOW);
     UpdateWindow(m_hwnd);
-    if (m_options.autoUser) PostMessageA(m_hwnd, WM_COMMAND, kCmdStart, 0);
+    if (m_options.autoUser)
+        PostMessageA(m_hwnd, WM_COMMAND, m_options.designName.empty() ? kCmdStart : kCmdConfigure, 0);
     return true;
 }
 
@@ -53,6 +57,7 @@ LRESULT HostWindow::Handle(UINT msg, WPARAM wp, LPARAM lp) {
     case WM_COMMAND:
         switch (LOWORD(wp)) {
         case kCmdStart: StartAcquisition(); return 0;
+        case kCmdConfigure: Configure(); return 0;
         case kCmdStop:
             KillTimer(m_hwnd, kExposeTimer);
             m_plugin.Stop();
@@ -125,6 +130,16 @@ void HostWindow::Paint(HDC dc) {
 void HostWindow::SetStatus(const std::string& text) {
     m_status = text;
     InvalidateRect(m_hwnd, nullptr, FALSE);
+}
+
+void HostWindow::Configure() {
+    if (m_plugin.GetState() == ZEMBLAX_STATE_RUNNING) return;
+    SetStatus("Aufnahmeschema konfigurieren");
+    const BOOL shown = m_plugin.Configure(m_hwnd);
+    std::printf("designer closed%s\n", shown ? "" : " (settings could not be loaded)");
+    SetStatus("F5: Aufnahmeschema starten");
+    // The automatic user runs what it has just designed.
+    if (m_options.autoUser) PostMessageA(m_hwnd, WM_COMMAND, kCmdStart, 0);
 }
 
 void HostWindow::StartAcquisition() {
@@ -207,16 +222,5 @@ bool HostWindow::SaveLayout(const std::string& path) {
         FillRect(memory.get(), &c, reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1));
         Paint(memory.get());
     }
-    const int row = (c.right * 3 + 3) & ~3;
-    std::vector<BYTE> bits(static_cast<size_t>(row) * c.bottom);
-    BITMAPINFOHEADER bih{sizeof bih, c.right, c.bottom, 1, 24, BI_RGB, static_cast<DWORD>(bits.size())};
-    GetDIBits(memory.get(), picture.get(), 0, c.bottom, bits.data(),
-              reinterpret_cast<BITMAPINFO*>(&bih), DIB_RGB_COLORS);
-    BITMAPFILEHEADER bfh{0x4D42, static_cast<DWORD>(sizeof bfh + sizeof bih + bits.size()), 0, 0,
-                         sizeof bfh + sizeof bih};
-    FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f) return false;
-    bool ok = std::fwrite(&bfh, sizeof bfh, 1, f) == 1 && std::fwrite(&bih, sizeof bih, 1, f) == 1 &&
-              std::fwrite(bits.data(), bits.size(), 1, f) == 1;
-    return std::fclose(f) == 0 && ok;
+    return WriteBitmapFile(picture.get(), path);
 }

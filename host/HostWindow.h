@@ -12,6 +12,7 @@ struct HostOptions {
     std::string dataFolder;  // Windows path of the folder holding Template\Zemblax.ini
     std::string outFolder;   // where --auto writes layout.bmp
     std::string templateName;
+    std::string designName;  // --auto: first design a template of this name, then run it
     bool autoUser = false;
     int language = 0;        // 0: no language database
 };
@@ -37,6 +38,7 @@ private:
     void Paint(HDC dc);
     RECT ImageArea() const;
     void StartAcquisition();
+    void Configure();
     void Deliver(HGLOBAL header, HGLOBAL bits, bool stepBackAndAsk);
     void Expose();
     void EndRun(const char* why);
