@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# The main job: the demo host drives Zemblax.dll through an acquisition.
-# With a display the host opens its window (F5 starts a run); without one an
-# automatic user runs the full-mouth series headless, prints every delivered
-# take and writes out/demo/layout.png.
-#   scripts/demo.sh [--auto] [--template=NAME] [--lang=1033]
+# The main job: the demo host drives Zemblax.dll. With a display the host
+# opens its window (F5 starts a run, its menu opens the designer); without one
+# an automatic user first designs a template in the designer with the mouse,
+# saves it as "Demo" and runs it, printing what it does; it leaves
+# out/demo/designer.png and out/demo/layout.png.
+#   scripts/demo.sh [--auto] [--template=NAME | --design=NAME] [--lang=1033]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
@@ -19,13 +20,16 @@ trap 'bash tests/harness/wine-session.sh stop "$session" >/dev/null' EXIT
 # On a headless X server of our own nobody could answer the dialogs.
 if [ -f "$session/xvfb.pid" ] || [[ " $* " == *" --auto "* ]]; then
   args+=(--auto)
+  [[ " $* " == *" --template="* || " $* " == *" --design="* ]] || args+=(--design=Demo)
 fi
 set +e
 bash tests/harness/wine-run.sh "$session" build/bin/zemblax-host.exe "${args[@]}" \
   $(printf '%s\n' "$@" | grep -v '^--auto$')
 rc=$?
 set -e
-if [ -f "$out/layout.bmp" ]; then
-  convert "$out/layout.bmp" "$out/layout.png" && echo "layout picture: $out/layout.png"
-fi
+for picture in designer layout; do
+  if [ -f "$out/$picture.bmp" ]; then
+    convert "$out/$picture.bmp" "$out/$picture.png" && echo "$picture picture: $out/$picture.png"
+  fi
+done
 exit $rc
