@@ -23,8 +23,8 @@ if [ -f "$session/xvfb.pid" ] || [[ " $* " == *" --auto "* ]]; then
   [[ " $* " == *" --template="* || " $* " == *" --design="* ]] || args+=(--design=Demo)
 fi
 set +e
-bash tests/harness/wine-run.sh "$session" build/bin/zemblax-host.exe "${args[@]}" \
-  $(printf '%s\n' "$@" | grep -v '^--auto$')
+for a in "$@"; do [ "$a" = --auto ] || args+=("$a"); done
+bash tests/harness/wine-run.sh "$session" build/bin/zemblax-host.exe "${args[@]}"
 rc=$?
 set -e
 for picture in designer layout; do
