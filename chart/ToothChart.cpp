@@ -22,6 +22,18 @@ HBITMAP LoadPicture(int id) {
     return ::LoadBitmapA(fw::Module::ResourceHandle(), MAKEINTRESOURCEA(id));
 }
 
+// A monochrome mask that is white where the picture is pure black.
+fw::UniqueBitmap BlackMask(HDC reference, HBITMAP picture) {
+    BITMAP bm{};
+    if (!picture || !::GetObjectA(picture, sizeof bm, &bm)) return {};
+    fw::UniqueBitmap mask(::CreateBitmap(bm.bmWidth, bm.bmHeight, 1, 1, nullptr));
+    fw::UniqueDC from(::CreateCompatibleDC(reference)), to(::CreateCompatibleDC(reference));
+    fw::SelectObj s1(from.get(), picture), s2(to.get(), mask.get());
+    ::SetBkColor(from.get(), RGB(0, 0, 0));
+    ::BitBlt(to.get(), 0, 0, bm.bmWidth, bm.bmHeight, from.get(), 0, 0, SRCCOPY);
+    return mask;
+}
+
 // The mouse may wander 150 pixels from a tooth before its highlight needs
 // repainting: the square around the cursor covers the largest tooth.
 constexpr int kRepaintReach = 150;
@@ -101,7 +113,10 @@ void CToothChart::Init(CToothChartOwner* owner, const std::string& settingsFile)
         // In place, once: painting never stretches a picture.
         StretchBitmapInPlace(dc.get(), m_assigned[i].get(), m_dScaleX, m_dScaleY);
         StretchBitmapInPlace(dc.get(), m_highlight[i].get(), m_dScaleX, m_dScaleY);
+        m_assignedMask[i] = BlackMask(dc.get(), m_assigned[i].get());
+        m_highlightMask[i] = BlackMask(dc.get(), m_highlight[i].get());
     }
+    PrepareBackground(dc.get());
     m_clip.reset(::CreateRectRgnIndirect(&m_rcClient));
     if (fw::IniFile(settingsFile).Int(ini::kDebug, "ShowRegions", 0)) m_bShowRegions = TRUE;
 }
@@ -143,14 +158,8 @@ void CToothChart::OnPaint() {
     HDC dc = buffer.dc();
     {
         fw::UniqueDC picture(::CreateCompatibleDC(paint.get()));
-        fw::SelectObj selected(picture.get(), m_dentition.get());
-        // The picture stretched over the client area by the mapping.
-        ::SetMapMode(dc, MM_ANISOTROPIC);
-        ::SetWindowExtEx(dc, m_szPicture.cx, m_szPicture.cy, nullptr);
-        ::SetViewportExtEx(dc, cw, ch, nullptr);
-        ::SetStretchBltMode(dc, COLORONCOLOR);
-        ::BitBlt(dc, 0, 0, m_szPicture.cx, m_szPicture.cy, picture.get(), 0, 0, SRCCOPY);
-        ::SetWindowExtEx(dc, cw, ch, nullptr);
+        fw::SelectObj selected(picture.get(), m_background.get());
+        ::BitBlt(dc, 0, 0, cw, ch, picture.get(), 0, 0, SRCCOPY);
     }
     if (m_bShowRegions) {
         fw::UniqueBrush frame(::CreateSolidBrush(0xFF0000));
@@ -161,6 +170,42 @@ void CToothChart::OnPaint() {
     PaintAssigned(dc);
     ::SelectClipRgn(paint.get(), m_clip.get());
     buffer.Flush();
+}
+
+// The dentition stretched over the client area once: every paint then starts
+// with a plain copy, pixel for pixel what stretching at each paint would give.
+void CToothChart::PrepareBackground(HDC reference) {
+    const int cw = fw::Width(m_rcClient), ch = fw::Height(m_rcClient);
+    m_background.reset(::CreateCompatibleBitmap(reference, cw, ch));
+    if (!m_background || !m_dentition) return;
+    fw::UniqueDC picture(::CreateCompatibleDC(reference)), target(::CreateCompatibleDC(reference));
+    fw::SelectObj s1(picture.get(), m_dentition.get()), s2(target.get(), m_background.get());
+    HDC dc = target.get();
+    ::SetMapMode(dc, MM_ANISOTROPIC);
+    ::SetWindowExtEx(dc, m_szPicture.cx, m_szPicture.cy, nullptr);
+    ::SetViewportExtEx(dc, cw, ch, nullptr);
+    ::SetStretchBltMode(dc, COLORONCOLOR);
+    ::BitBlt(dc, 0, 0, m_szPicture.cx, m_szPicture.cy, picture.get(), 0, 0, SRCCOPY);
+    ::SetMapMode(dc, MM_TEXT);
+}
+
+// A tooth picture with its black background left out. Its mask was made once,
+// so this is two blits where a general transparent draw makes four bitmaps
+// per call; the pixels are the same.
+void CToothChart::DrawTooth(HDC dc, HBITMAP picture, HBITMAP mask, POINT at) {
+    BITMAP bm{};
+    if (!picture || !mask || !::GetObjectA(picture, sizeof bm, &bm)) return;
+    fw::UniqueDC source(::CreateCompatibleDC(dc));
+    {
+        fw::SelectObj selected(source.get(), mask);
+        const COLORREF bk = ::SetBkColor(dc, RGB(255, 255, 255));
+        const COLORREF text = ::SetTextColor(dc, RGB(0, 0, 0));
+        ::BitBlt(dc, at.x, at.y, bm.bmWidth, bm.bmHeight, source.get(), 0, 0, SRCAND);
+        ::SetBkColor(dc, bk);
+        ::SetTextColor(dc, text);
+    }
+    fw::SelectObj selected(source.get(), picture);
+    ::BitBlt(dc, at.x, at.y, bm.bmWidth, bm.bmHeight, source.get(), 0, 0, SRCPAINT);
 }
 
 bool CToothChart::SideFor(POINT pt, bool bVertical) const {
@@ -188,7 +233,7 @@ void CToothChart::PaintHover(HDC dc) {
         const RECT& box = m_boxes[i];
         if (dragging) {
             if (hasFootprint && ::RectInRegion(footprint.get(), &box) && IsValidIndex(i))
-                DrawTransparentBitmap(dc, m_highlight[i].get(), box.left, box.top, RGB(0, 0, 0));
+                DrawTooth(dc, m_highlight[i].get(), m_highlightMask[i].get(), {box.left, box.top});
             continue;
         }
         // Unlike a click, the first region under the cursor ends the search
@@ -196,7 +241,7 @@ void CToothChart::PaintHover(HDC dc) {
         // highlight never shows a tooth hidden under another one.
         if (m_regions[i] && ::PtInRegion(m_regions[i].get(), cursor.x, cursor.y)) {
             if (IsValidIndex(i))
-                DrawTransparentBitmap(dc, m_highlight[i].get(), box.left, box.top, RGB(0, 0, 0));
+                DrawTooth(dc, m_highlight[i].get(), m_highlightMask[i].get(), {box.left, box.top});
             break;
         }
     }
@@ -211,8 +256,7 @@ void CToothChart::PaintAssigned(HDC dc) const {
     for (BYTE tooth : m_pTake->GetTeeth()) {
         const int i = ToothToIndex(tooth);
         if (i < 0 || i >= kTeeth) continue;  // tooth 0 of a trailing comma, or no tooth at all
-        DrawTransparentBitmap(dc, m_assigned[i].get(), m_boxes[i].left, m_boxes[i].top,
-                              RGB(0, 0, 0));
+        DrawTooth(dc, m_assigned[i].get(), m_assignedMask[i].get(), {m_boxes[i].left, m_boxes[i].top});
     }
 }
 

@@ -55,6 +55,8 @@ private:
     void PaintAssigned(HDC dc) const;
     bool SideFor(POINT pt, bool bVertical) const;
     void InvalidateAround(POINT pt) const;
+    void PrepareBackground(HDC reference);
+    static void DrawTooth(HDC dc, HBITMAP picture, HBITMAP mask, POINT at);
 
     // Raw outlines of the 32 teeth, four vertices each, shared by every chart
     // and refilled by each Init.
@@ -73,5 +75,10 @@ private:
     std::array<fw::UniqueBitmap, kTeeth> m_highlight;
     std::array<fw::UniqueBitmap, kTeeth> m_assigned;
     fw::UniqueBitmap m_dentition;
+    // Made once in Init, for speed: the dentition already stretched to the
+    // client size, and a mask of each tooth picture's black background.
+    fw::UniqueBitmap m_background;
+    std::array<fw::UniqueBitmap, kTeeth> m_highlightMask;
+    std::array<fw::UniqueBitmap, kTeeth> m_assignedMask;
     POINT m_ptLast{};
 };
