@@ -5,12 +5,13 @@
 #include <windows.h>
 #include <commctrl.h>
 #include <future>
+#include <memory>
 #include <string>
 #include <vector>
 #include "../dll/DialogDriver.h"
 #include "BeepRecorder.h"
 #include "Fixtures.h"
-#include "fw/Window.h"
+#include "InputSupport.h"
 #include "hoststub/HostAutomation.h"
 #include "res/resource.h"
 #include "text/TextService.h"
@@ -19,20 +20,10 @@
 
 namespace {
 
-using testing_support::BitmapPixels;
+using namespace input_support;
 using testing_support::GdiObjectCount;
 
-// ---- Save as ----------------------------------------------------------------
-
-// Clicks and waits until the dialog has handled the click (no nested box
-// opens here, so the synchronous click cannot block).
-bool ClickNow(HWND dialog, int id) {
-    if (!DialogDriver::Enabled(dialog, id)) return false;
-    SendMessageA(GetDlgItem(dialog, id), BM_CLICK, 0, 0);
-    return true;
-}
-
-TEST(SaveAsDlg, OpensEmptyInTheUsersLanguageAndCancels) {
+TEST(SaveAsDlg, OpensEmptyInTheUsersLanguageAndTakesOneTo127CharactersAsTyped) {
     testing_support::ScratchDir dir;
     testing_support::WriteText(dir.File("lexicon.ini"),
                                "[ZEMBLAX_1033]\r\n2.15043=Save template as\r\n"
@@ -42,18 +33,27 @@ TEST(SaveAsDlg, OpensEmptyInTheUsersLanguageAndCancels) {
     o.userLanguage = 1033;
     o.lexiconFile = dir.File("lexicon.ini");
     ASSERT_TRUE(hoststub::RegisterAutomation(o));
-
+    BeepRecorder beeps;
     DialogDriver driver;
-    std::string caption, prompt, ok, cancel, name = "?";
+    // Blanks at both ends stay: 127 characters in all.
+    const std::string longest = " " + std::string(125, 'x') + " ";
+    std::vector<std::string> texts;
+    std::vector<bool> openAfterOk;
     auto user = std::async(std::launch::async, [&] {
         HWND dlg = driver.WaitFor(IDC_SAVE_AS_NAME);
         if (!dlg) return;
-        caption = DialogDriver::Text(dlg);
-        prompt = DialogDriver::ItemText(dlg, IDC_SAVE_AS_PROMPT);
-        ok = DialogDriver::ItemText(dlg, IDOK);
-        cancel = DialogDriver::ItemText(dlg, IDCANCEL);
-        name = DialogDriver::ItemText(dlg, IDC_SAVE_AS_NAME);
-        if (!DialogDriver::Click(dlg, IDCANCEL)) driver.DismissAll();
+        texts = {DialogDriver::Text(dlg), DialogDriver::ItemText(dlg, IDC_SAVE_AS_PROMPT),
+                 DialogDriver::ItemText(dlg, IDOK), DialogDriver::ItemText(dlg, IDCANCEL),
+                 DialogDriver::ItemText(dlg, IDC_SAVE_AS_NAME)};
+        // The edit as it opened, then 128 and 127 characters. The click is
+        // synchronous: no nested box opens here, so it cannot block.
+        for (const std::string& name : {std::string(), longest + "y", longest}) {
+            if (!name.empty()) SetDlgItemTextA(dlg, IDC_SAVE_AS_NAME, name.c_str());
+            if (!DialogDriver::Enabled(dlg, IDOK)) break;
+            SendMessageA(GetDlgItem(dlg, IDOK), BM_CLICK, 0, 0);
+            openAfterOk.push_back(IsWindowVisible(dlg) != FALSE);
+        }
+        if (!DialogDriver::WaitGone(dlg, 2000)) driver.DismissAll();
     });
     CSaveAsDlg dlg;
     const INT_PTR result = dlg.DoModal();
@@ -61,152 +61,49 @@ TEST(SaveAsDlg, OpensEmptyInTheUsersLanguageAndCancels) {
     hoststub::RevokeAutomation();
     GetTextService().SetLanguage(0);
 
-    EXPECT_EQ(IDCANCEL, result);
-    EXPECT_EQ("Save template as", caption);
-    EXPECT_EQ("Enter a new name:", prompt);
-    EXPECT_EQ("Okay", ok);
-    EXPECT_EQ("Cancel", cancel);
-    EXPECT_EQ("", name) << "the default name is fetched and dropped: the user types a new one";
-}
-
-TEST(SaveAsDlg, AcceptsOneTo127CharactersAsTyped) {
-    BeepRecorder beeps;
-    DialogDriver driver;
-    // Blanks at both ends stay: 127 characters in all.
-    const std::string longest = " " + std::string(125, 'x') + " ";
-    bool openWhenEmpty = false, openWith128 = false;
-    auto user = std::async(std::launch::async, [&] {
-        HWND dlg = driver.WaitFor(IDC_SAVE_AS_NAME);
-        if (!dlg) return;
-        HWND edit = GetDlgItem(dlg, IDC_SAVE_AS_NAME);
-        ClickNow(dlg, IDOK);
-        openWhenEmpty = IsWindowVisible(dlg) != FALSE;
-        SetWindowTextA(edit, (longest + "y").c_str());
-        ClickNow(dlg, IDOK);
-        openWith128 = IsWindowVisible(dlg) != FALSE;
-        SetWindowTextA(edit, longest.c_str());
-        ClickNow(dlg, IDOK);
-        if (!DialogDriver::WaitGone(dlg, 2000)) driver.DismissAll();
-    });
-    CSaveAsDlg dlg;
-    const INT_PTR result = dlg.DoModal();
-    user.get();
-
-    EXPECT_TRUE(openWhenEmpty);
-    EXPECT_TRUE(openWith128);
+    EXPECT_EQ((std::vector<std::string>{"Save template as", "Enter a new name:", "Okay", "Cancel",
+                                        ""}),
+              texts)
+        << "the default name is fetched and dropped: the user types a new one";
+    EXPECT_EQ((std::vector<bool>{true, true, false}), openAfterOk);
     EXPECT_EQ((std::vector<UINT>{MB_ICONASTERISK, MB_ICONASTERISK}), beeps.Take());
     EXPECT_EQ(IDOK, result);
     EXPECT_EQ(longest, dlg.GetName());
 }
 
-// ---- Sensor palette ----------------------------------------------------------
+// The configure dialog's palette control.
+constexpr DWORD kPaletteStyle = WS_BORDER | WS_TABSTOP | LVS_ICON | LVS_SINGLESEL |
+                                LVS_SHOWSELALWAYS | LVS_ALIGNLEFT | LVS_NOCOLUMNHEADER;
 
-void Pump(int ms = 60) {
-    const DWORD end = GetTickCount() + ms;
-    do {
-        MSG m;
-        while (PeekMessageA(&m, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&m);
-            DispatchMessageA(&m);
-        }
-        Sleep(5);
-    } while (GetTickCount() < end);
-}
+// A popup with the palette at the left and a drop target (the tooth chart) at
+// the right. The fixture owns the palette as the configure dialog does: takes
+// the capture for the drop target, if there is one, and gives it back at the
+// end of the drag.
+class Palette : public testing::Test, public CTakeListOwner {
+protected:
+    static constexpr int kLeft = 140, kTop = 120;
 
-void SendMouse(DWORD flags, POINT screen = {}) {
-    INPUT in{};
-    in.type = INPUT_MOUSE;
-    in.mi.dwFlags = flags;
-    if (flags & MOUSEEVENTF_MOVE) {
-        const int w = GetSystemMetrics(SM_CXSCREEN), h = GetSystemMetrics(SM_CYSCREEN);
-        in.mi.dwFlags |= MOUSEEVENTF_ABSOLUTE;
-        in.mi.dx = (screen.x * 65536 + w - 1) / w;
-        in.mi.dy = (screen.y * 65536 + h - 1) / h;
-    }
-    SendInput(1, &in, sizeof in);
-    Pump();
-}
-
-// Behaves as the configure dialog does: takes the capture for the drop
-// target, if there is one, and gives it back at the end of the drag.
-class Owner : public CTakeListOwner {
-public:
     void BeginDrag(int index) override {
         begun.push_back(index);
         heldAtBegin.push_back(GetKeyState(VK_LBUTTON) < 0);
-        if (target) SetCapture(target);
+        if (dropTo) SetCapture(dropTo);
     }
     int EndDrag() override {
         ++ended;
-        if (target && GetCapture() == target) ReleaseCapture();
+        if (dropTo && GetCapture() == dropTo) ReleaseCapture();
         return 0;
     }
-    HWND target = nullptr;
-    std::vector<int> begun;
-    std::vector<bool> heldAtBegin;
-    int ended = 0;
-};
-
-// Stands for the tooth chart: counts the releases it receives and ends the
-// drag there, giving the capture back.
-class DropTarget : public fw::Window {
-public:
-    int releases = 0;
-
-protected:
-    LRESULT WindowProc(UINT msg, WPARAM wp, LPARAM lp) override {
-        if (msg == WM_LBUTTONUP) {
-            ++releases;
-            if (GetCapture() == hwnd()) ReleaseCapture();
-        }
-        return Default(msg, wp, lp);
-    }
-};
-
-// A popup with the palette's list view (the styles of the configure dialog's
-// control) at the left and a drop target at the right.
-class Palette : public testing::Test {
-protected:
-    static constexpr int kLeft = 140, kTop = 120;
 
     void Open(const std::string& settingsText = StandardSettings()) {
         settings = std::make_unique<SettingsFile>(settingsText);
         ASSERT_TRUE(settings->loaded());
-        OpenWindows();
-        ASSERT_TRUE(list->Init(&owner));
-        Pump();
-    }
-    void OpenWindows() {
-        static const bool controls = [] {
-            INITCOMMONCONTROLSEX icc{sizeof icc, ICC_LISTVIEW_CLASSES};
-            return InitCommonControlsEx(&icc) != FALSE;
-        }();
-        (void)controls;
-        popup = CreateWindowExA(WS_EX_TOPMOST, "STATIC", "", WS_POPUP | WS_VISIBLE, kLeft, kTop,
-                                420, 330, nullptr, nullptr, nullptr, nullptr);
-        listWindow = CreateWindowExA(
-            0, WC_LISTVIEWA, "List1",
-            WS_CHILD | WS_VISIBLE | WS_BORDER | WS_TABSTOP | LVS_ICON | LVS_SINGLESEL |
-                LVS_SHOWSELALWAYS | LVS_ALIGNLEFT | LVS_NOCOLUMNHEADER,
-            0, 0, 120, 330, popup, reinterpret_cast<HMENU>(IDC_TAKE_LIST), nullptr, nullptr);
-        targetWindow = CreateWindowExA(0, "STATIC", "", WS_CHILD | WS_VISIBLE | SS_BLACKFRAME, 200,
-                                       0, 220, 330, popup, nullptr, nullptr, nullptr);
-        list = std::make_unique<CTakeListCtrl>();
-        list->Attach(listWindow);
-        target.Subclass(targetWindow);
-    }
-    void CloseWindows(bool controlFirst) {
-        if (controlFirst) list.reset();
-        if (popup) DestroyWindow(popup);
-        popup = nullptr;
-        list.reset();
+        ASSERT_TRUE(list.Attach(listWindow) && list.Init(this));
+        Pump(60);
     }
     void TearDown() override {
-        SendMouse(MOUSEEVENTF_MOVE, {5, 5});
-        if (GetKeyState(VK_LBUTTON) < 0) SendMouse(MOUSEEVENTF_LEFTUP);
+        Mouse(MOUSEEVENTF_MOVE, {5, 5});
+        if (GetKeyState(VK_LBUTTON) < 0) Mouse(MOUSEEVENTF_LEFTUP);
         ReleaseCapture();
-        CloseWindows(false);
-        settings.reset();
     }
     POINT ItemCentre(int index) const {
         RECT r{};
@@ -215,24 +112,16 @@ protected:
         ClientToScreen(listWindow, &p);
         return p;
     }
-    std::string ItemText(int index) const {
-        char text[64] = {};
-        ListView_GetItemText(listWindow, index, 0, text, sizeof text);
-        return text;
-    }
-    int ItemImage(int index) const {
-        LVITEMA item{};
-        item.mask = LVIF_IMAGE;
-        item.iItem = index;
-        SendMessageA(listWindow, LVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&item));
-        return item.iImage;
-    }
 
     std::unique_ptr<SettingsFile> settings;
-    HWND popup = nullptr, listWindow = nullptr, targetWindow = nullptr;
-    Owner owner;
-    DropTarget target;
-    std::unique_ptr<CTakeListCtrl> list;
+    Popup popup{kLeft, kTop, 420, 330, WS_EX_TOPMOST};
+    HWND listWindow = popup.Add(WC_LISTVIEWA, kPaletteStyle, 0, 0, 120, 330, IDC_TAKE_LIST);
+    HWND targetWindow = popup.Add("STATIC", SS_BLACKFRAME, 200, 0, 220, 330);
+    CTakeListCtrl list;
+    HWND dropTo = nullptr;
+    std::vector<int> begun;
+    std::vector<bool> heldAtBegin;
+    int ended = 0;
 };
 
 // A 32 x 32 picture on white, drawn by `draw` into a memory DC.
@@ -245,94 +134,84 @@ std::vector<DWORD> Picture(Draw draw) {
         draw(dc.get());
     }
     int w, h;
-    return BitmapPixels(bmp.get(), w, h);
+    return testing_support::BitmapPixels(bmp.get(), w, h);
 }
 
-TEST_F(Palette, TwoEntriesPerSensorHorizontalThenVertical) {
+TEST_F(Palette, TwoEntriesPerSensorEachWithItsOwnIcon) {
     Open();
     ASSERT_EQ(4, ListView_GetItemCount(listWindow));
-    EXPECT_EQ("Gross", ItemText(0));
-    EXPECT_EQ("Gross", ItemText(1));
-    EXPECT_EQ("Klein", ItemText(2));
-    EXPECT_EQ("Klein", ItemText(3));
     HIMAGELIST icons = ListView_GetImageList(listWindow, LVSIL_NORMAL);
-    ASSERT_NE(nullptr, icons);
-    int cx = 0, cy = 0;
-    ImageList_GetIconSize(icons, &cx, &cy);
-    EXPECT_EQ(32, cx);
-    EXPECT_EQ(32, cy);
-    ASSERT_EQ(4, ImageList_GetImageCount(icons));
+    const auto image = [&](int i) {
+        LVITEMA item{};
+        item.mask = LVIF_IMAGE;
+        item.iItem = i;
+        SendMessageA(listWindow, LVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&item));
+        return Picture([&](HDC dc) { ImageList_Draw(icons, item.iImage, dc, 0, 0, ILD_NORMAL); });
+    };
     for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(i, ItemImage(i));
+        SCOPED_TRACE(i);
+        char text[64] = {};
+        ListView_GetItemText(listWindow, i, 0, text, sizeof text);
+        EXPECT_EQ(i < 2 ? "Gross" : "Klein", std::string(text));
         const CSensor* entry = TheSettings().GetPaletteEntry(i);
         ASSERT_NE(nullptr, entry);
-        EXPECT_EQ(i % 2 == 1, entry->IsVertical());
-        const auto shown = Picture([&](HDC dc) { ImageList_Draw(icons, i, dc, 0, 0, ILD_NORMAL); });
-        const auto icon = Picture([&](HDC dc) {
-            DrawIconEx(dc, 0, 0, entry->GetIcon(), 32, 32, 0, nullptr, DI_NORMAL);
-        });
-        EXPECT_EQ(icon, shown) << "image " << i << " is the icon of palette entry " << i;
+        EXPECT_EQ(Picture([&](HDC dc) {
+                      DrawIconEx(dc, 0, 0, entry->GetIcon(), 32, 32, 0, nullptr, DI_NORMAL);
+                  }),
+                  image(i));
     }
-    EXPECT_NE(Picture([&](HDC dc) { ImageList_Draw(icons, 0, dc, 0, 0, ILD_NORMAL); }),
-              Picture([&](HDC dc) { ImageList_Draw(icons, 1, dc, 0, 0, ILD_NORMAL); }))
-        << "a lying sensor and a standing one look different";
+    EXPECT_NE(image(0), image(1)) << "a lying sensor and a standing one look different";
     EXPECT_EQ(0, ListView_GetNextItem(listWindow, -1, LVNI_SELECTED | LVNI_FOCUSED));
-
 }
 
-TEST_F(Palette, PressOnAnEntryBeginsItsDragAndTheReleaseEndsIt) {
+TEST_F(Palette, APressBeginsTheDragAndTheReleaseEndsItInTheListOrAtTheTarget) {
     Open();
-    SendMouse(MOUSEEVENTF_MOVE, ItemCentre(3));
-    SendMouse(MOUSEEVENTF_LEFTDOWN);
-    EXPECT_EQ(std::vector<int>{3}, owner.begun) << "entry 3: sensor 2, vertical";
-    EXPECT_EQ(3, ListView_GetNextItem(listWindow, -1, LVNI_SELECTED | LVNI_FOCUSED));
-    EXPECT_EQ(0, owner.ended);
-    SendMouse(MOUSEEVENTF_LEFTUP);
-    EXPECT_EQ(1, owner.ended);
-    EXPECT_EQ(std::vector<int>{3}, owner.begun);
-}
+    dropTo = targetWindow;
+    const POINT from = ItemCentre(3);  // sensor 2, vertical
+    Mouse(MOUSEEVENTF_MOVE, from);
+    Mouse(MOUSEEVENTF_LEFTDOWN);
+    EXPECT_EQ(std::vector<int>{3}, begun);
+    EXPECT_EQ(std::vector<bool>{true}, heldAtBegin) << "begun while the button was down";
+    for (int step = 1; step <= 6; ++step) Mouse(MOUSEEVENTF_MOVE, {from.x + step * 8, from.y + step});
+    Mouse(MOUSEEVENTF_MOVE, {kLeft + 300, kTop + 150});
+    EXPECT_EQ(targetWindow, GetCapture()) << "the drop target has the mouse";
+    Mouse(MOUSEEVENTF_LEFTUP);
+    EXPECT_EQ(0, ended) << "the release went to the target, not to the list";
+    ReleaseCapture();  // as the tooth chart does at the drop
 
-TEST_F(Palette, DraggedTowardsTheTargetTheTargetGetsTheRelease) {
-    Open();
-    owner.target = targetWindow;
-    SendMouse(MOUSEEVENTF_MOVE, ItemCentre(1));
-    SendMouse(MOUSEEVENTF_LEFTDOWN);
-    const POINT from = ItemCentre(1);
-    for (int step = 1; step <= 6; ++step)
-        SendMouse(MOUSEEVENTF_MOVE, {from.x + step * 8, from.y + step});
-    SendMouse(MOUSEEVENTF_MOVE, {kLeft + 300, kTop + 150});
-    SendMouse(MOUSEEVENTF_LEFTUP);
-    EXPECT_EQ(std::vector<int>{1}, owner.begun);
-    EXPECT_EQ(std::vector<bool>{true}, owner.heldAtBegin) << "begun while the button was down";
-    EXPECT_EQ(1, target.releases);
-    EXPECT_EQ(0, owner.ended) << "the release went to the target, not to the list";
-
-    // The list missed that release; the next press starts a drag all the same.
-    owner.target = nullptr;
-    SendMouse(MOUSEEVENTF_MOVE, ItemCentre(0));
-    SendMouse(MOUSEEVENTF_LEFTDOWN);
-    SendMouse(MOUSEEVENTF_LEFTUP);
-    EXPECT_EQ((std::vector<int>{1, 0}), owner.begun);
-    EXPECT_EQ(1, owner.ended);
+    // The list missed that release; the next press starts a drag all the
+    // same, and with no target the list's own release ends it.
+    dropTo = nullptr;
+    Mouse(MOUSEEVENTF_MOVE, ItemCentre(0));
+    Mouse(MOUSEEVENTF_LEFTDOWN);
+    EXPECT_EQ((std::vector<int>{3, 0}), begun);
+    EXPECT_EQ(0, ended);
+    Mouse(MOUSEEVENTF_LEFTUP);
+    EXPECT_EQ(1, ended);
+    EXPECT_EQ((std::vector<int>{3, 0}), begun);
 }
 
 TEST_F(Palette, EmptyPaletteStartsNothing) {
     Open("");
     EXPECT_EQ(0, ListView_GetItemCount(listWindow));
-    SendMouse(MOUSEEVENTF_MOVE, {kLeft + 40, kTop + 40});
-    SendMouse(MOUSEEVENTF_LEFTDOWN);
-    SendMouse(MOUSEEVENTF_LEFTUP);
-    EXPECT_TRUE(owner.begun.empty());
+    Mouse(MOUSEEVENTF_MOVE, {kLeft + 40, kTop + 40});
+    Mouse(MOUSEEVENTF_LEFTDOWN);
+    Mouse(MOUSEEVENTF_LEFTUP);
+    EXPECT_TRUE(begun.empty());
 }
 
 TEST_F(Palette, OpeningAndClosingLeavesNoGdiObjects) {
     settings = std::make_unique<SettingsFile>();
     ASSERT_TRUE(settings->loaded());
-    auto round = [&](bool controlFirst) {
-        OpenWindows();
-        list->Init(&owner);
+    // The control goes before its window or after it.
+    const auto round = [&](bool controlFirst) {
+        Popup window(kLeft, kTop, 420, 330);
+        auto palette = std::make_unique<CTakeListCtrl>();
+        palette->Attach(window.Add(WC_LISTVIEWA, kPaletteStyle, 0, 0, 120, 330));
+        palette->Init(this);
         Pump(10);
-        CloseWindows(controlFirst);
+        if (controlFirst) palette.reset();
+        window.Destroy();
     };
     round(false);
     round(true);
@@ -343,4 +222,3 @@ TEST_F(Palette, OpeningAndClosingLeavesNoGdiObjects) {
 }
 
 }  // namespace
-
