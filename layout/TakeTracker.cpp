@@ -3,6 +3,7 @@
 #include <vector>
 #include "fw/Gdi.h"
 #include "layout/LayoutCanvas.h"
+#include "settings/Polygon.h"
 #include "settings/Settings.h"
 #include "templates/LayoutSpace.h"
 #include "templates/Take.h"
@@ -101,9 +102,10 @@ bool CTakeTracker::BuildOutline(fw::UniqueRgn& region) const {
     if (n <= 0) return false;
     std::vector<POINT> pts(n);
     m_pSensor->GetOutlinePoints(pts.data(), n, OutlineVariant(*m_pTake));
-    fw::UniqueRgn raw(::CreatePolygonRgn(pts.data(), n, WINDING));
+    fw::UniqueRgn raw;
     RECT box{};
-    if (!raw || !::GetRgnBox(raw.get(), &box) || fw::Width(box) == 0 || fw::Height(box) == 0)
+    if (!CPolygon::MakeRegion(raw, pts) || !::GetRgnBox(raw.get(), &box) ||
+        fw::Width(box) == 0 || fw::Height(box) == 0)
         return false;
     const double fx = static_cast<double>(fw::Width(m_rcItem) - 2) / fw::Width(box);
     const double fy = static_cast<double>(fw::Height(m_rcItem) - 2) / fw::Height(box);
@@ -113,8 +115,8 @@ bool CTakeTracker::BuildOutline(fw::UniqueRgn& region) const {
         p.x = static_cast<LONG>(p.x * fx);
         p.y = static_cast<LONG>(p.y * fy);
     }
-    region.reset(::CreatePolygonRgn(pts.data(), n, WINDING));
-    if (!region) return false;
+    // A thin spike far beyond the box would make the scaled outline huge.
+    if (!CPolygon::MakeRegion(region, std::move(pts))) return false;
     ::OffsetRgn(region.get(), m_rcItem.left + 1, m_rcItem.top + 1);
     return true;
 }

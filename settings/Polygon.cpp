@@ -1,4 +1,6 @@
 #include "settings/Polygon.h"
+#include <algorithm>
+#include <utility>
 
 CPolygon::CPolygon() { Clear(); }
 
@@ -56,11 +58,70 @@ bool CPolygon::CreateRegion(fw::UniqueRgn& region) const {
         p.x += m_nOffsetX;
         p.y += m_nOffsetY;
     }
-    return Make(region, pts);
+    return MakeRegion(region, std::move(pts));
 }
 
+namespace {
+
+// One Sutherland-Hodgman pass: keeps the side of the line where inside()
+// holds. Points inside the line keep their winding number, so the region
+// there does not change.
+template <typename Inside, typename Cross>
+std::vector<POINT> ClipPass(const std::vector<POINT>& in, Inside inside, Cross cross) {
+    std::vector<POINT> out;
+    if (in.empty()) return out;
+    POINT prev = in.back();
+    for (const POINT& cur : in) {
+        if (inside(cur)) {
+            if (!inside(prev)) out.push_back(cross(prev, cur));
+            out.push_back(cur);
+        } else if (inside(prev)) {
+            out.push_back(cross(prev, cur));
+        }
+        prev = cur;
+    }
+    return out;
+}
+
+// Where the edge a-b meets the vertical line x = at (or horizontal, swapped).
+POINT CrossX(const POINT& a, const POINT& b, LONG at) {
+    const double t = (static_cast<double>(at) - a.x) / (static_cast<double>(b.x) - a.x);
+    return {at, static_cast<LONG>(a.y + t * (static_cast<double>(b.y) - a.y))};
+}
+POINT CrossY(const POINT& a, const POINT& b, LONG at) {
+    const double t = (static_cast<double>(at) - a.y) / (static_cast<double>(b.y) - a.y);
+    return {static_cast<LONG>(a.x + t * (static_cast<double>(b.x) - a.x)), at};
+}
+
+// Only a polygon larger than the limit's window is cut; a small one far out
+// costs little and stays as it is.
+void ClipToLimit(std::vector<POINT>& pts, LONG lim) {
+    if (pts.empty()) return;
+    LONG minX = pts[0].x, maxX = minX, minY = pts[0].y, maxY = minY;
+    for (const POINT& p : pts) {
+        minX = std::min(minX, p.x), maxX = std::max(maxX, p.x);
+        minY = std::min(minY, p.y), maxY = std::max(maxY, p.y);
+    }
+    const long long window = 2ll * lim;
+    if (static_cast<long long>(maxX) - minX <= window && static_cast<long long>(maxY) - minY <= window)
+        return;
+    pts = ClipPass(pts, [lim](const POINT& p) { return p.x >= -lim; },
+                   [lim](const POINT& a, const POINT& b) { return CrossX(a, b, -lim); });
+    pts = ClipPass(pts, [lim](const POINT& p) { return p.x <= lim; },
+                   [lim](const POINT& a, const POINT& b) { return CrossX(a, b, lim); });
+    pts = ClipPass(pts, [lim](const POINT& p) { return p.y >= -lim; },
+                   [lim](const POINT& a, const POINT& b) { return CrossY(a, b, -lim); });
+    pts = ClipPass(pts, [lim](const POINT& p) { return p.y <= lim; },
+                   [lim](const POINT& a, const POINT& b) { return CrossY(a, b, lim); });
+}
+
+}  // namespace
+
 // A polygon without area (all vertices on one line) gives no usable region.
-bool CPolygon::Make(fw::UniqueRgn& region, const std::vector<POINT>& pts) {
+bool CPolygon::MakeRegion(fw::UniqueRgn& region, std::vector<POINT> pts) {
+    ClipToLimit(pts, kRegionLimit);
+    region.reset();
+    if (pts.size() < 3) return false;
     region.reset(::CreatePolygonRgn(pts.data(), static_cast<int>(pts.size()), WINDING));
     RECT box;
     if (region && ::GetRgnBox(region.get(), &box) == NULLREGION) region.reset();
@@ -76,7 +137,7 @@ bool CPolygon::CreateRegionCentered(fw::UniqueRgn& region, int cx, int cy) const
         p.x += cx - w / 2;
         p.y += cy - h / 2;
     }
-    return Make(region, pts);
+    return MakeRegion(region, std::move(pts));
 }
 
 RECT CPolygon::Box() const {

@@ -24,13 +24,18 @@ public:
     int GetOffsetY() const { return m_nOffsetY; }
 
     bool CreateRegion(fw::UniqueRgn& region) const;
+    // A winding polygon region of any points. The system builds polygon
+    // regions scanline by scanline, so a polygon reaching far beyond anything
+    // drawn is first cut to kRegionLimit around the origin: inside, only the
+    // edges that were cut may move by a pixel. Fails for a region without area.
+    static bool MakeRegion(fw::UniqueRgn& region, std::vector<POINT> pts);
+    static constexpr LONG kRegionLimit = 1 << 17;
     // Region with the bounding box of CreateRegion centred on (cx, cy).
     bool CreateRegionCentered(fw::UniqueRgn& region, int cx, int cy) const;
     int GetWidth() const;
     int GetHeight() const;
 
 private:
-    static bool Make(fw::UniqueRgn& region, const std::vector<POINT>& pts);
     std::vector<POINT> Scaled() const;
     RECT Box() const;
 

@@ -1,5 +1,7 @@
 #include "settings/Sensor.h"
-#include <cstdio>
+#include <algorithm>
+#include <map>
+#include <vector>
 #include "fw/Module.h"
 #include "res/resource.h"
 #include "settings/Settings.h"
@@ -14,6 +16,144 @@ namespace {
 
 int ReadInt(const std::string& section, const char* key, const std::string& file) {
     return static_cast<int>(::GetPrivateProfileIntA(section.c_str(), key, 0, file.c_str()));
+}
+
+struct OutlineVertex {
+    int x = 0, y = 0;
+};
+
+// The section's text in one read: a section of many thousand vertices would
+// otherwise open and search the file twice for every vertex.
+std::string ReadSectionText(const std::string& section, const std::string& file) {
+    // A section is never longer than its file: one read is enough.
+    WIN32_FILE_ATTRIBUTE_DATA attributes{};
+    unsigned long long bytes = 4096;
+    if (::GetFileAttributesExA(file.c_str(), GetFileExInfoStandard, &attributes))
+        bytes += (static_cast<unsigned long long>(attributes.nFileSizeHigh) << 32) |
+                 attributes.nFileSizeLow;
+    std::vector<char> buf(static_cast<size_t>(std::min(bytes, 1ull << 30)));
+    for (;;) {
+        const DWORD n = ::GetPrivateProfileSectionA(section.c_str(), buf.data(),
+                                                    static_cast<DWORD>(buf.size()), file.c_str());
+        if (n + 2 < buf.size() || buf.size() >= (1u << 30)) return std::string(buf.data(), n);
+        buf.resize(buf.size() * 2);
+    }
+}
+
+std::string Trimmed(const std::string& s) {
+    size_t b = 0, e = s.size();
+    while (b < e && static_cast<unsigned char>(s[b]) <= ' ') ++b;
+    while (e > b && static_cast<unsigned char>(s[e - 1]) <= ' ') --e;
+    return s.substr(b, e - b);
+}
+
+// The value as the system's profile integer reader gives it: surrounding
+// quotes dropped, at most 29 characters, leading blanks and a sign taken,
+// "0x", "0o" and "0b" prefixes honoured, digits up to the first other
+// character, wrapping like its unsigned result.
+int ProfileInt(std::string value) {
+    if (value.size() >= 2 && (value[0] == '"' || value[0] == '\'') && value.back() == value[0])
+        value = value.substr(1, value.size() - 2);
+    if (value.size() > 29) value.resize(29);
+    size_t i = 0;
+    while (i < value.size() && static_cast<unsigned char>(value[i]) <= ' ') ++i;
+    bool minus = false;
+    if (i < value.size() && (value[i] == '+' || value[i] == '-')) minus = value[i++] == '-';
+    unsigned base = 10;
+    if (i + 1 < value.size() && value[i] == '0') {
+        const char kind = value[i + 1];
+        base = kind == 'x' ? 16 : kind == 'o' ? 8 : kind == 'b' ? 2 : 10;
+        if (base != 10) i += 2;
+    }
+    unsigned n = 0;
+    for (; i < value.size(); ++i) {
+        const char c = value[i];
+        const unsigned digit = c >= '0' && c <= '9'   ? c - '0'
+                               : c >= 'a' && c <= 'z' ? c - 'a' + 10
+                               : c >= 'A' && c <= 'Z' ? c - 'A' + 10
+                                                      : 99;
+        if (digit >= base) break;
+        n = n * base + digit;
+    }
+    return static_cast<int>(minus ? 0u - n : n);
+}
+
+// Index of a key "PolygonX<n>" or "PolygonY<n>" spelt as "%d" spells n
+// (1..last); 0 for every other key.
+int VertexKeyIndex(const std::string& key, char axis, int last) {
+    static const char kPrefix[] = "PolygonX";
+    const size_t prefix = sizeof kPrefix - 2;  // without the axis letter
+    if (key.size() <= prefix + 1 || key.size() > prefix + 11) return 0;
+    for (size_t i = 0; i < prefix; ++i)
+        if ((key[i] | 0x20) != (kPrefix[i] | 0x20)) return 0;
+    if ((key[prefix] | 0x20) != (axis | 0x20) || key[prefix + 1] == '0') return 0;
+    long long n = 0;
+    for (size_t i = prefix + 1; i < key.size(); ++i) {
+        if (key[i] < '0' || key[i] > '9') return 0;
+        n = n * 10 + (key[i] - '0');
+    }
+    return n <= last ? static_cast<int>(n) : 0;
+}
+
+// The outline's vertices 1..count, each key defaulting to 0. Only vertices
+// that the section backs with a key are held one by one; a run of vertices
+// without keys is the point (0, 0) repeated, which one (0, 0) outlines
+// alike. A huge count on a short section thus costs nothing.
+std::vector<OutlineVertex> ReadOutlineVertices(const std::string& section,
+                                               const std::string& file, int count) {
+    struct Keyed {
+        OutlineVertex v;
+        bool hasX = false, hasY = false;
+    };
+    std::map<int, Keyed> keyed;
+    const std::string text = ReadSectionText(section, file);
+    for (size_t start = 0; start < text.size();) {
+        size_t end = text.find('\0', start);
+        if (end == std::string::npos) end = text.size();
+        const std::string line = text.substr(start, end - start);
+        start = end + 1;
+        const size_t eq = line.find('=');
+        if (eq == std::string::npos) continue;
+        const std::string key = Trimmed(line.substr(0, eq));
+        // The profile reader gives the first of repeated keys.
+        if (int n = VertexKeyIndex(key, 'X', count)) {
+            Keyed& k = keyed[n];
+            if (!k.hasX) k.v.x = ProfileInt(Trimmed(line.substr(eq + 1))), k.hasX = true;
+        } else if (int n = VertexKeyIndex(key, 'Y', count)) {
+            Keyed& k = keyed[n];
+            if (!k.hasY) k.v.y = ProfileInt(Trimmed(line.substr(eq + 1))), k.hasY = true;
+        }
+    }
+    std::vector<OutlineVertex> vertices;
+    int previous = 0;
+    for (const auto& [n, k] : keyed) {
+        if (n > previous + 1) vertices.push_back({});
+        vertices.push_back(k.v);
+        previous = n;
+    }
+    if (count > previous) vertices.push_back({});
+    return vertices;
+}
+
+// Outlines are a few hundred units across; one far larger is reduced to this
+// size, keeping its shape. It only ever shows scaled to its picture, and the
+// system builds regions scanline by scanline.
+constexpr long long kMaxOutlineExtent = 1 << 16;
+
+void ReduceHugeOutline(std::vector<POINT>& pts) {
+    if (pts.empty()) return;
+    long long minX = pts[0].x, maxX = minX, minY = pts[0].y, maxY = minY;
+    for (const POINT& p : pts) {
+        minX = std::min<long long>(minX, p.x), maxX = std::max<long long>(maxX, p.x);
+        minY = std::min<long long>(minY, p.y), maxY = std::max<long long>(maxY, p.y);
+    }
+    const long long extent = std::max(maxX - minX, maxY - minY);
+    if (extent <= kMaxOutlineExtent) return;
+    const double f = static_cast<double>(kMaxOutlineExtent) / static_cast<double>(extent);
+    for (POINT& p : pts) {
+        p.x = static_cast<LONG>(p.x * f);
+        p.y = static_cast<LONG>(p.y * f);
+    }
 }
 
 // Appends the cable bar to a copy of the outline; (dx, dy) points along the
@@ -76,18 +216,15 @@ bool CSensor::Read(const std::string& section, const std::string& file) {
         m_outlines[i].Clear();
         m_markers[i].Clear();
     }
-    // Negative counts read as huge unsigned values; nothing sensible has more.
-    if (vertices < 0 || vertices > 4096) return false;
+    // A negative count reads no vertex at all.
+    if (vertices < 0) return false;
     std::vector<POINT> pts;
-    for (int i = 1; i <= vertices; ++i) {
-        char kx[32], ky[32];
-        std::snprintf(kx, sizeof kx, "PolygonX%d", i);
-        std::snprintf(ky, sizeof ky, "PolygonY%d", i);
-        double x = ReadInt(section, kx, file), y = ReadInt(section, ky, file);
-        pts.push_back({static_cast<LONG>(static_cast<LONG>(x * m_dWidthFactor) * m_dDimensionFactor),
-                       static_cast<LONG>(static_cast<LONG>(y * m_dWidthFactor) * m_dDimensionFactor)});
-    }
-    m_outlines[0].SetPoints(pts.data(), vertices);
+    for (const OutlineVertex& v : ReadOutlineVertices(section, file, vertices))
+        pts.push_back({static_cast<LONG>(static_cast<LONG>(v.x * m_dWidthFactor) * m_dDimensionFactor),
+                       static_cast<LONG>(static_cast<LONG>(v.y * m_dWidthFactor) * m_dDimensionFactor)});
+    ReduceHugeOutline(pts);
+    const int count = static_cast<int>(pts.size());
+    m_outlines[0].SetPoints(pts.data(), count);
     MakeMarker(m_markers[0], m_outlines[0], 0);
 
     fw::UniqueRgn rgn;
@@ -101,9 +238,9 @@ bool CSensor::Read(const std::string& section, const std::string& file) {
         v2.push_back({w - p.x, h - p.y});
         v3.push_back({h - p.y, w - p.x});
     }
-    m_outlines[1].SetPoints(v1.data(), vertices);
-    m_outlines[2].SetPoints(v2.data(), vertices);
-    m_outlines[3].SetPoints(v3.data(), vertices);
+    m_outlines[1].SetPoints(v1.data(), count);
+    m_outlines[2].SetPoints(v2.data(), count);
+    m_outlines[3].SetPoints(v3.data(), count);
     for (int i = 1; i < 4; ++i) MakeMarker(m_markers[i], m_outlines[i], i);
     m_bLoaded = TRUE;
     return true;

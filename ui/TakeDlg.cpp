@@ -1,5 +1,6 @@
 #include "ui/TakeDlg.h"
 #include <utility>
+#include "dib/DibValidation.h"
 #include "fw/Gdi.h"
 #include "fw/Handle.h"
 #include "res/resource.h"
@@ -79,32 +80,25 @@ RECT CTakeDlg::FitImage(const RECT& target, int iw, int ih) {
 }
 
 bool CTakeDlg::DrawImage(const DRAWITEMSTRUCT& item) {
-    fw::GlobalLock<BITMAPINFO> header(m_hDibHeader);
+    fw::GlobalLock<BYTE> header(m_hDibHeader);
     fw::GlobalLock<BYTE> bits(m_hDibBits);
     if (!header || !bits) return false;
-    // The host's blocks are checked before GDI reads them.
-    if (::GlobalSize(m_hDibHeader) < sizeof(BITMAPINFOHEADER) ||
-        ::GlobalSize(m_hDibHeader) <
-            header.get()->bmiHeader.biSize + 4ull * header.get()->bmiHeader.biClrUsed)
+    // The host's blocks are checked whole before GDI reads them: a header,
+    // colour table or pixel block shorter than the header says shows nothing.
+    DibGeometry image;
+    if (!IsDrawablePackedDib(header.get(), ::GlobalSize(m_hDibHeader), bits.get(),
+                             ::GlobalSize(m_hDibBits), &image))
         return false;
     RECT target = item.rcItem;
     target.right -= 1;
     target.bottom -= 1;
     if (target.left > target.right) std::swap(target.left, target.right);
     if (target.top > target.bottom) std::swap(target.top, target.bottom);
-    const int iw = header.get()->bmiHeader.biWidth, ih = header.get()->bmiHeader.biHeight;
-    if (iw <= 0 || ih == 0) return false;
-    // A bits block shorter than the rows its header describes is not drawn:
-    // StretchDIBits would read past it.
-    const BITMAPINFOHEADER& bih = header.get()->bmiHeader;
-    if (bih.biCompression == BI_RGB) {
-        const unsigned long long row = ((1ull * bih.biBitCount * iw + 31) / 32) * 4;
-        if (::GlobalSize(m_hDibBits) < row * (ih < 0 ? -1ll * ih : ih)) return false;
-    }
-    const RECT r = FitImage(target, iw, ih < 0 ? -ih : ih);
+    const RECT r = FitImage(target, image.width, image.height);
     const int oldMode = ::SetStretchBltMode(item.hDC, COLORONCOLOR);
-    ::StretchDIBits(item.hDC, r.left, r.top, fw::Width(r), fw::Height(r), 0, 0, iw,
-                    ih < 0 ? -ih : ih, bits.get(), header.get(), DIB_RGB_COLORS, SRCCOPY);
+    ::StretchDIBits(item.hDC, r.left, r.top, fw::Width(r), fw::Height(r), 0, 0, image.width,
+                    image.height, bits.get(), reinterpret_cast<const BITMAPINFO*>(header.get()),
+                    DIB_RGB_COLORS, SRCCOPY);
     ::SetStretchBltMode(item.hDC, oldMode);
     return false;  // the default handling follows, as for every item
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <functional>
 #include "Fixtures.h"
+#include "InputSupport.h"
 #include "chart/ToothChart.h"
 #include "chart/ToothChartOwner.h"
 #include "dib/Dib.h"
@@ -78,31 +79,8 @@ public:
     std::vector<std::vector<BYTE>> dropped;
 };
 
-void Pump(int ms = 60) {
-    const DWORD end = GetTickCount() + ms;
-    do {
-        MSG m;
-        while (PeekMessageA(&m, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&m);
-            DispatchMessageA(&m);
-        }
-        Sleep(5);
-    } while (GetTickCount() < end);
-}
-
-void SendMouse(DWORD flags, POINT screen = {}) {
-    INPUT in{};
-    in.type = INPUT_MOUSE;
-    in.mi.dwFlags = flags;
-    if (flags & MOUSEEVENTF_MOVE) {
-        const int w = GetSystemMetrics(SM_CXSCREEN), h = GetSystemMetrics(SM_CYSCREEN);
-        in.mi.dwFlags |= MOUSEEVENTF_ABSOLUTE;
-        in.mi.dx = (screen.x * 65536 + w - 1) / w;
-        in.mi.dy = (screen.y * 65536 + h - 1) / h;
-    }
-    SendInput(1, &in, sizeof in);
-    Pump();
-}
+using input_support::Pump;
+void SendMouse(DWORD flags, POINT screen = {}) { input_support::Mouse(flags, screen); }
 
 class Chart : public testing::Test {
 protected:
@@ -119,7 +97,7 @@ protected:
         chart = std::make_unique<CToothChart>();
         ASSERT_TRUE(chart->Subclass(control));
         chart->Init(&owner, settings->path());
-        Pump();
+        Pump(60);
     }
     void TearDown() override {
         SendMouse(MOUSEEVENTF_MOVE, {5, 5});
