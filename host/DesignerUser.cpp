@@ -11,20 +11,22 @@ constexpr int kTakeList = 15012, kChart = 15037, kCanvas = 15038, kSaveAs = 1502
 constexpr int kSaveAsName = 15040;
 constexpr int kPictureWidth = 529, kPictureHeight = 250;
 
+struct Search {
+    int id;
+    HWND notThis, found;
+};
+
+// A plain stdcall function: the i686 build cannot pass a lambda as one.
+BOOL CALLBACK MatchDialog(HWND h, LPARAM lp) {
+    auto* s = reinterpret_cast<Search*>(lp);
+    if (h == s->notThis || !IsWindowVisible(h) || !GetDlgItem(h, s->id)) return TRUE;
+    s->found = h;
+    return FALSE;
+}
+
 HWND FindDialogWith(int id, DWORD thread, HWND notThis) {
-    struct Search {
-        int id;
-        HWND notThis, found;
-    } s{id, notThis, nullptr};
-    EnumThreadWindows(
-        thread,
-        [](HWND h, LPARAM lp) -> BOOL {
-            auto* s = reinterpret_cast<Search*>(lp);
-            if (h == s->notThis || !IsWindowVisible(h) || !GetDlgItem(h, s->id)) return TRUE;
-            s->found = h;
-            return FALSE;
-        },
-        reinterpret_cast<LPARAM>(&s));
+    Search s{id, notThis, nullptr};
+    EnumThreadWindows(thread, MatchDialog, reinterpret_cast<LPARAM>(&s));
     return s.found;
 }
 }  // namespace
