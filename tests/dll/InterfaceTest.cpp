@@ -122,8 +122,7 @@ TEST_F(Interface, ATemplateWithoutFileRunsEmptyAndEndsAtOnce) {
     Delivery d = WithUser<Delivery>([&] { return Next(host.hwnd(), {}); }, [&](DialogDriver& u) {
         HWND fin = u.WaitFor(IDC_FINISH_ACCEPT);
         ASSERT_NE(nullptr, fin);
-        for (int id : {IDC_BACK, IDC_FINISH_SKIP, IDC_FINISH_ACCEPT, IDC_FINISH_NEXT, IDC_FINISH_QUIT})
-            states += DialogDriver::Enabled(fin, id) ? '1' : '0';
+        states = EnabledStates(fin, kFinishButtons);
         DialogDriver::Click(fin, IDC_FINISH_QUIT);
     });
     EXPECT_EQ("10101", states) << "the first call finds the end of the template";

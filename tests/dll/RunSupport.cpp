@@ -3,15 +3,26 @@
 #include <algorithm>
 #include <cstring>
 
+void SelectEntry(HWND dlg, int index) {
+    LVITEMA item{};
+    item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+    item.state = index >= 0 ? item.stateMask : 0;
+    SendMessageA(GetDlgItem(dlg, IDC_SELECTION_LIST), LVM_SETITEMSTATE, index,
+                 reinterpret_cast<LPARAM>(&item));
+}
+
 void ChooseTemplate(DialogDriver& d, int index) {
     HWND dlg = d.WaitFor(IDC_SELECTION_LIST);
     if (!dlg) return;
-    HWND list = GetDlgItem(dlg, IDC_SELECTION_LIST);
-    LVITEMA item{};
-    item.stateMask = item.state = LVIS_SELECTED | LVIS_FOCUSED;
-    SendMessageA(list, LVM_SETITEMSTATE, index, reinterpret_cast<LPARAM>(&item));
+    SelectEntry(dlg, index);
     DialogDriver::Click(dlg, IDOK);
     DialogDriver::WaitGone(dlg);
+}
+
+std::string EnabledStates(HWND dlg, const std::vector<int>& ids) {
+    std::string s;
+    for (int id : ids) s += DialogDriver::Enabled(dlg, id) ? '1' : '0';
+    return s;
 }
 
 Images MakeImages(int width, int height, COLORREF colour) {

@@ -35,8 +35,16 @@ R WithUser(const std::function<R()>& call, const std::function<void(DialogDriver
     return r;
 }
 
+// Selects list entry `index` of the selection dialog; -1 clears the selection.
+void SelectEntry(HWND dlg, int index);
 // Picks the list entry `index` of the selection dialog and presses OK.
 void ChooseTemplate(DialogDriver& d, int index);
+// The finish dialog's buttons in the order EnabledStates writes them: Zurück,
+// Diese Aufnahme überspringen, Letzte Aufnahme akzeptieren, Weiter, Beenden.
+const std::vector<int> kFinishButtons{IDC_BACK, IDC_FINISH_SKIP, IDC_FINISH_ACCEPT,
+                                      IDC_FINISH_NEXT, IDC_FINISH_QUIT};
+// '1' or '0' per button, whether it is enabled.
+std::string EnabledStates(HWND dlg, const std::vector<int>& ids);
 
 struct Delivery {
     int result = 0;

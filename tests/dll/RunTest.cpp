@@ -6,12 +6,9 @@
 
 namespace {
 
-// The buttons of each dialog in the order their enabled states are written.
+// The take dialog's buttons in the order their texts and states are recorded.
 const std::vector<int> kTakeButtons{IDOK, IDC_BACK, IDC_TAKE_SKIP, IDC_TAKE_QUIT};
-const std::vector<int> kFinishButtons{IDC_BACK, IDC_FINISH_SKIP, IDC_FINISH_ACCEPT,
-                                      IDC_FINISH_NEXT, IDC_FINISH_QUIT};
-// Finish dialog states: Zurück, Diese Aufnahme überspringen, Letzte Aufnahme
-// akzeptieren, Weiter, Beenden.
+// Finish dialog states, in the order of kFinishButtons.
 const std::string kEnd = "10101", kMiddle = "11011", kFirst = "01011", kLast = "10011";
 
 // One action of the user: in the next dialog of a kind (the take dialog has the
@@ -59,10 +56,9 @@ protected:
                     if (look) look(dlg);
                     Shown seen;
                     seen.caption = DialogDriver::Text(dlg);
-                    for (int id : s.dialog == IDC_TAKE_PICTURE ? kTakeButtons : kFinishButtons) {
-                        seen.texts.push_back(DialogDriver::ItemText(dlg, id));
-                        seen.enabled += DialogDriver::Enabled(dlg, id) ? '1' : '0';
-                    }
+                    const auto& ids = s.dialog == IDC_TAKE_PICTURE ? kTakeButtons : kFinishButtons;
+                    for (int id : ids) seen.texts.push_back(DialogDriver::ItemText(dlg, id));
+                    seen.enabled = EnabledStates(dlg, ids);
                     seen.open = IsWindowVisible(dlg) != FALSE;
                     GetWindowRect(dlg, &seen.rect);
                     shown.push_back(seen);

@@ -90,11 +90,8 @@ TEST_F(Preview, SitsAtTheHostsLeftEdgeAndMarksTheCurrentTake) {
     ASSERT_TRUE(Start(host));
     CPreviewDlg* preview = TheApp().GetPreview();
     ASSERT_NE(nullptr, preview);
-    RECT r = preview->GetWindowRect();
-    EXPECT_EQ(0, r.left);
-    EXPECT_EQ(520, r.top) << "768 - 248: flush with the host's bottom edge";
-    EXPECT_EQ(342, r.right - r.left);
-    EXPECT_EQ(248, r.bottom - r.top);
+    EXPECT_EQ((RECT{0, 520, 342, 768}), preview->GetWindowRect())
+        << "342 x 248, flush with the host's bottom edge";
     RECT canvas, client;
     GetWindowRect(preview->Canvas().hwnd(), &canvas);
     GetClientRect(preview->hwnd(), &client);
@@ -127,10 +124,8 @@ TEST_F(Preview, HostLowerOnTheScreenAndOrderLabels) {
     Write("ShowToothNumbers=0\r\nTakeDlgWidth=400\r\nTakeDlgHeight=300\r\n");
     MakeHost(50, 100, 1000, 768);
     ASSERT_TRUE(Start(host));
-    RECT r = TheApp().GetPreview()->GetWindowRect();
-    EXPECT_EQ(50, r.left);
-    EXPECT_EQ(768 - 300, r.top) << "the host's height, not its bottom edge";
-    EXPECT_EQ(400, r.right - r.left);
+    EXPECT_EQ((RECT{50, 468, 450, 768}), TheApp().GetPreview()->GetWindowRect())
+        << "400 x 300 at the host's height, not its bottom edge";
     EXPECT_TRUE(TheApp().GetPreview()->Canvas().IsOrderMode());
     EXPECT_TRUE(TheApp().StopRun());
     EXPECT_EQ(nullptr, TheApp().GetPreview());

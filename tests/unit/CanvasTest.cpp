@@ -1,6 +1,7 @@
 // The layout canvas and its take items: pixel conversion, hit testing and
 // selection order, acquisition order by clicks, labels and the thumbnail.
 #include <gtest/gtest.h>
+#include <memory>
 #include "Fixtures.h"
 #include "layout/LayoutCanvas.h"
 #include "layout/LayoutOwner.h"
@@ -56,6 +57,14 @@ protected:
     void Click(int x, int y) {
         SendMessageA(window.control(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
     }
+    // A canvas of the full layout size (1024 x 768) showing tpl, for reading labels.
+    CLayoutCanvas& Wide() {
+        big = std::make_unique<CanvasWindow>(1024, 768);
+        EXPECT_TRUE(wide.Subclass(big->control()));
+        wide.Init(&owner, &noFile);
+        wide.SetTemplate(&tpl);
+        return wide;
+    }
     SettingsFile settings{SensorSection(1, "A", 1000, 800) + SensorSection(2, "B", 800, 600) +
                           "[Holder1]\r\nName=H\r\nColorR=200\r\nInactiveColorB=200\r\n"
                           "TextColorG=255\r\n"};
@@ -64,6 +73,8 @@ protected:
     Owner owner;
     CLayoutCanvas canvas;
     CTemplate tpl;
+    std::unique_ptr<CanvasWindow> big;
+    CLayoutCanvas wide;
 };
 
 TEST_F(Canvas, OutlineVariantFollowsOrientationAndQuadrant) {
@@ -117,10 +128,7 @@ TEST_F(Canvas, OrderModeNumbersTheTakesInClickOrder) {
     for (auto [x, y] : {centre(400, 400), centre(100, 400), centre(400, 100), centre(100, 100)})
         Click(x, y);
     ASSERT_EQ(4, tpl.GetTakeCount());
-    EXPECT_EQ(41, tpl.GetTake(0)->GetTeeth()[0]);
-    EXPECT_EQ(31, tpl.GetTake(1)->GetTeeth()[0]);
-    EXPECT_EQ(21, tpl.GetTake(2)->GetTeeth()[0]);
-    EXPECT_EQ(11, tpl.GetTake(3)->GetTeeth()[0]);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(41 - 10 * i, tpl.GetTake(i)->GetTeeth()[0]) << i;
     auto [nx, ny] = centre(400, 400);
     Click(nx, ny);
     EXPECT_EQ(41, tpl.GetTake(3)->GetTeeth()[0]) << "past the last place: the last place";
@@ -145,8 +153,8 @@ TEST_F(Canvas, WithoutOwnerClicksChangeNothing) {
 }
 
 // Pixels of the label colour in the label band of an item: the label's width.
-int LabelWidth(CTakeTracker& t, bool orderMode, bool showOnlyActive, int w, int h,
-               DWORD labelColor = 0x00FF00u) {
+int LabelWidth(CTakeTracker& t, bool orderMode, bool showOnlyActive, DWORD labelColor = 0x00FF00u) {
+    const int w = 1024, h = 768;
     fw::WindowDC screen(nullptr);
     fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
     fw::UniqueBitmap bmp(CreateCompatibleBitmap(screen.get(), w, h));
@@ -169,36 +177,27 @@ int LabelWidth(CTakeTracker& t, bool orderMode, bool showOnlyActive, int w, int 
 }
 
 TEST_F(Canvas, LabelsShowTeethOrOrderAndOnlyForTheActiveTake) {
-    CanvasWindow big(1024, 768);
-    CLayoutCanvas wide;
-    ASSERT_TRUE(wide.Subclass(big.control()));
-    wide.Init(&owner, &noFile);
     tpl.AddTake(NewTake({11, 12, 13}, 300, 300));
     tpl.AddTake(NewTake({21}, 600, 300));
-    wide.SetTemplate(&tpl);
-    CTakeTracker& first = *wide.GetTracker(0);
-    const int teethWidth = LabelWidth(first, false, false, 1024, 768);
-    const int orderWidth = LabelWidth(first, true, false, 1024, 768);
+    CTakeTracker& first = *Wide().GetTracker(0);
+    const int teethWidth = LabelWidth(first, false, false);
+    const int orderWidth = LabelWidth(first, true, false);
     EXPECT_GT(teethWidth, 2 * orderWidth) << "\"11,12,13\" against \"1\"";
     EXPECT_GT(orderWidth, 0);
-    EXPECT_EQ(0, LabelWidth(first, false, true, 1024, 768)) << "not selected: no label";
-    EXPECT_GT(LabelWidth(*wide.GetTracker(1), false, true, 1024, 768), 0);
+    EXPECT_EQ(0, LabelWidth(first, false, true)) << "not selected: no label";
+    EXPECT_GT(LabelWidth(*wide.GetTracker(1), false, true), 0);
 }
 
 TEST_F(Canvas, ATakeWithoutItsHolderIsBlackWithAWhiteLabel) {
-    CanvasWindow big(1024, 768);
-    CLayoutCanvas wide;
-    ASSERT_TRUE(wide.Subclass(big.control()));
-    wide.Init(&owner, &noFile);
     tpl.AddTake(NewTake({11, 12, 13}, 300, 300, /*holder*/ 0));
     tpl.AddTake(NewTake({21, 22, 23}, 600, 300, /*holder*/ 7));
     tpl.AddTake(NewTake({31, 32, 33}, 300, 500, /*holder*/ 1));
-    wide.SetTemplate(&tpl);
+    Wide();
     for (int i : {0, 1}) {
-        EXPECT_GT(LabelWidth(*wide.GetTracker(i), false, false, 1024, 768, 0xFFFFFFu), 10) << i;
-        EXPECT_EQ(0, LabelWidth(*wide.GetTracker(i), false, false, 1024, 768)) << i;
+        EXPECT_GT(LabelWidth(*wide.GetTracker(i), false, false, 0xFFFFFFu), 10) << i;
+        EXPECT_EQ(0, LabelWidth(*wide.GetTracker(i), false, false)) << i;
     }
-    EXPECT_GT(LabelWidth(*wide.GetTracker(2), false, false, 1024, 768), 10) << "its holder's";
+    EXPECT_GT(LabelWidth(*wide.GetTracker(2), false, false), 10) << "its holder's";
 }
 
 TEST_F(Canvas, ThumbnailShowsTheTakesAtTheirPlacesIn200By150) {

@@ -1,6 +1,7 @@
 // Settings files for the data-layer tests, loaded into the module's one
 // settings record.
 #pragma once
+#include <ostream>
 #include <string>
 #include "TestSupport.h"
 #include "settings/Settings.h"
@@ -22,6 +23,10 @@ inline std::string StandardSettings(const std::string& extra = std::string()) {
 }
 
 inline bool SameRect(const RECT& a, const RECT& b) { return EqualRect(&a, &b) != FALSE; }
+inline bool operator==(const RECT& a, const RECT& b) { return SameRect(a, b); }
+inline std::ostream& operator<<(std::ostream& os, const RECT& r) {
+    return os << "(" << r.left << "," << r.top << "," << r.right << "," << r.bottom << ")";
+}
 
 class SettingsFile {
 public:

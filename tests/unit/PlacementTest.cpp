@@ -34,13 +34,9 @@ TEST_F(Placement, MoveToKeepsTheTakeInsideTheArea) {
     CTake t = Take200x150();
     ASSERT_EQ((Zoom{1, 4}), ZoomOf(t));
     t.MoveTo(0, 0);
-    EXPECT_EQ(70, t.GetRect().left);
-    EXPECT_EQ(50, t.GetRect().top);
+    EXPECT_EQ((RECT{70, 50, 270, 200}), t.GetRect());
     EXPECT_TRUE(t.MoveTo(900, 700));
-    EXPECT_EQ(714, t.GetRect().left);
-    EXPECT_EQ(598, t.GetRect().top);
-    EXPECT_EQ(914, t.GetRect().right);
-    EXPECT_EQ(748, t.GetRect().bottom);
+    EXPECT_EQ((RECT{714, 598, 914, 748}), t.GetRect());
     EXPECT_FALSE(t.MoveTo(900, 700)) << "no change, no modification";
     EXPECT_TRUE(t.MoveBy(-1000, -1000));
     EXPECT_EQ(70, t.GetRect().left);
@@ -54,9 +50,7 @@ TEST_F(Placement, MoveToKeepsTheTakeInsideTheArea) {
 
 TEST_F(Placement, ZoomStepsAndTheirLimits) {
     CTake t = Take200x150();
-    t.ZoomIn();
-    t.ZoomIn();
-    t.ZoomIn();
+    for (int i = 0; i < 3; ++i) t.ZoomIn();
     EXPECT_EQ((Zoom{1, 1}), ZoomOf(t));
     t.ZoomOut();
     EXPECT_EQ((Zoom{1, 2}), ZoomOf(t));
@@ -110,10 +104,7 @@ TEST_F(Placement, RotateSwapsTheSizeOrChangesNothing) {
     t.MoveTo(500, 100);
     t.Rotate();
     EXPECT_TRUE(t.IsVertical());
-    EXPECT_EQ(500, t.GetRect().left);
-    EXPECT_EQ(100, t.GetRect().top);
-    EXPECT_EQ(300, t.GetRect().right - t.GetRect().left);
-    EXPECT_EQ(400, t.GetRect().bottom - t.GetRect().top);
+    EXPECT_EQ((RECT{500, 100, 800, 500}), t.GetRect());
     EXPECT_EQ(600, t.GetPictureSize().cx);
 
     CTake big;
@@ -122,7 +113,7 @@ TEST_F(Placement, RotateSwapsTheSizeOrChangesNothing) {
     const RECT before = big.GetRect();
     big.Rotate();
     EXPECT_FALSE(big.IsVertical());
-    EXPECT_TRUE(SameRect(before, big.GetRect()));
+    EXPECT_EQ(before, big.GetRect());
     EXPECT_EQ(800, big.GetPictureSize().cx);
     EXPECT_TRUE(big.IsModified());
     EXPECT_TRUE(beeps.Take().empty()) << "a refused rotation is silent";
@@ -131,11 +122,9 @@ TEST_F(Placement, RotateSwapsTheSizeOrChangesNothing) {
 TEST_F(Placement, SetSensorRefusesUnknownNumbers) {
     CTake t = Take200x150();
     const RECT before = t.GetRect();
-    EXPECT_FALSE(t.SetSensor(0));
-    EXPECT_FALSE(t.SetSensor(3));
-    EXPECT_FALSE(t.SetSensor(-2));
+    for (int unknown : {0, 3, -2}) EXPECT_FALSE(t.SetSensor(unknown)) << unknown;
     EXPECT_EQ(2, t.GetSensor());
-    EXPECT_TRUE(SameRect(before, t.GetRect()));
+    EXPECT_EQ(before, t.GetRect());
     EXPECT_TRUE(t.SetSensor(1));
     EXPECT_EQ(250, t.GetRect().right - t.GetRect().left) << "1000 at the kept zoom 1/4";
 }
@@ -143,10 +132,7 @@ TEST_F(Placement, SetSensorRefusesUnknownNumbers) {
 TEST_F(Placement, DropPositionsArePointsInsideTheArea) {
     CTake d;
     EXPECT_FALSE(d.Place(10, 760, 1, 4)) << "a drop position has no sensor";
-    EXPECT_EQ(70, d.GetRect().left);
-    EXPECT_EQ(748, d.GetRect().top);
-    EXPECT_EQ(70, d.GetRect().right);
-    EXPECT_EQ(748, d.GetRect().bottom);
+    EXPECT_EQ((RECT{70, 748, 70, 748}), d.GetRect());
 }
 
 TEST(DropPositions, BestMatchOrTheFirst) {

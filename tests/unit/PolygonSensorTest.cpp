@@ -1,6 +1,7 @@
 // Sensor outlines: scaling of the vertices, the four variants and their cable
 // markers, and the regions built from them.
 #include <gtest/gtest.h>
+#include <algorithm>
 #include "Fixtures.h"
 #include "settings/Polygon.h"
 #include "settings/Sensor.h"
@@ -17,10 +18,8 @@ std::vector<POINT> Points(const CPolygon& p) {
 }
 
 bool Same(const std::vector<POINT>& a, const std::vector<POINT>& b) {
-    if (a.size() != b.size()) return false;
-    for (size_t i = 0; i < a.size(); ++i)
-        if (a[i].x != b[i].x || a[i].y != b[i].y) return false;
-    return true;
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](POINT p, POINT q) { return p.x == q.x && p.y == q.y; });
 }
 
 std::string Rect100x60(const std::string& extra = "Dimension=3527\r\nPictureWidth=10000\r\n") {
@@ -87,18 +86,12 @@ TEST(Polygon, RegionsAreScaledMovedAndCentred) {
     ASSERT_TRUE(p.CreateRegionCentered(r, 500, 400));
     RECT box;
     GetRgnBox(r.get(), &box);
-    EXPECT_EQ(450, box.left);
-    EXPECT_EQ(370, box.top);
-    EXPECT_EQ(550, box.right);
-    EXPECT_EQ(430, box.bottom);
+    EXPECT_EQ((RECT{450, 370, 550, 430}), box);
     p.SetScale(0.5, 2.0);
     p.SetOffset(10, 20);
     ASSERT_TRUE(p.CreateRegion(r));
     GetRgnBox(r.get(), &box);
-    EXPECT_EQ(10, box.left);
-    EXPECT_EQ(20, box.top);
-    EXPECT_EQ(60, box.right);
-    EXPECT_EQ(140, box.bottom);
+    EXPECT_EQ((RECT{10, 20, 60, 140}), box);
     CPolygon empty;
     EXPECT_FALSE(empty.CreateRegion(r));
     EXPECT_EQ(0, empty.GetWidth());

@@ -25,6 +25,11 @@ protected:
     void Put(const char* section, const char* key, const char* value) {
         WritePrivateProfileStringA(section, key, value, Cat().c_str());
     }
+    // Catalog entry 4, "Vier", with the given take sections.
+    void WriteVier(const std::string& takes) {
+        testing_support::WriteText(File("Template4.ini"), takes);
+        Put("Template4", "Name", "Vier");
+    }
     SettingsFile settings;
     fw::UniqueBitmap thumb = testing_support::FilledBitmap(200, 150);
 };
@@ -78,11 +83,8 @@ TEST_F(Catalog, NewNumbersSkipDeletedNamesAndStopAtGaps) {
 }
 
 TEST_F(Catalog, LoadStopsAtTheFirstMissingTake) {
-    testing_support::WriteText(File("Template4.ini"),
-                               "[Take_4_1]\r\nSensor=1\r\nTeeth=11\r\n"
-                               "[Take_4_2]\r\nSensor=2\r\nTeeth=12\r\n"
-                               "[Take_4_4]\r\nSensor=2\r\nTeeth=14\r\n");
-    Put("Template4", "Name", "Vier");
+    WriteVier("[Take_4_1]\r\nSensor=1\r\nTeeth=11\r\n[Take_4_2]\r\nSensor=2\r\nTeeth=12\r\n"
+              "[Take_4_4]\r\nSensor=2\r\nTeeth=14\r\n");
     CTemplate t;
     ASSERT_TRUE(t.Load(4, Cat()));
     EXPECT_EQ(2, t.GetTakeCount());
@@ -90,9 +92,7 @@ TEST_F(Catalog, LoadStopsAtTheFirstMissingTake) {
 }
 
 TEST_F(Catalog, AnUnknownSensorDiscardsTheWholeTemplate) {
-    testing_support::WriteText(File("Template4.ini"), "[Take_4_1]\r\nSensor=1\r\nTeeth=11\r\n"
-                                                      "[Take_4_2]\r\nSensor=9\r\nTeeth=12\r\n");
-    Put("Template4", "Name", "Vier");
+    WriteVier("[Take_4_1]\r\nSensor=1\r\nTeeth=11\r\n[Take_4_2]\r\nSensor=9\r\nTeeth=12\r\n");
     CTemplate t;
     EXPECT_FALSE(t.Load(4, Cat()));
     EXPECT_EQ(0, t.GetTakeCount());

@@ -1,6 +1,8 @@
 #include "TestSupport.h"
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <winternl.h>
 #include "fw/Handle.h"
 
@@ -17,20 +19,8 @@ std::string WindowsPath(std::string p) {
 }
 
 void RemoveTree(const std::string& dir) {
-    WIN32_FIND_DATAA fd;
-    HANDLE h = FindFirstFileA((dir + "*").c_str(), &fd);
-    if (h != INVALID_HANDLE_VALUE) {
-        do {
-            std::string name = fd.cFileName;
-            if (name == "." || name == "..") continue;
-            if (fd.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-                RemoveTree(dir + name + "\\");
-            else
-                DeleteFileA((dir + name).c_str());
-        } while (FindNextFileA(h, &fd));
-        FindClose(h);
-    }
-    RemoveDirectoryA(dir.c_str());
+    std::error_code ignored;
+    std::filesystem::remove_all(dir, ignored);
 }
 }  // namespace
 
@@ -57,21 +47,12 @@ ScratchDir::ScratchDir() {
 ScratchDir::~ScratchDir() { RemoveTree(m_path); }
 
 void WriteText(const std::string& path, const std::string& text) {
-    FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f) return;
-    std::fwrite(text.data(), 1, text.size(), f);
-    std::fclose(f);
+    std::ofstream(path, std::ios::binary) << text;
 }
 
 std::string ReadText(const std::string& path) {
-    FILE* f = std::fopen(path.c_str(), "rb");
-    if (!f) return {};
-    std::string s;
-    char buf[4096];
-    size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) s.append(buf, n);
-    std::fclose(f);
-    return s;
+    std::ifstream f(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>()};
 }
 
 std::string IniString(const std::string& file, const char* section, const char* key) {

@@ -122,21 +122,20 @@ TEST_F(TextServiceTest, TranslateWindowAndMenuByKey) {
     BeginTexts("ZEMBLAX", 0, nullptr, "");
     HWND w = CreateWindowExA(0, "STATIC", "Neu", 0, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
     EXPECT_TRUE(ts.TranslateWindow(w, IDD_TAKE, kTextDialog));
-    char buf[64];
-    GetWindowTextA(w, buf, sizeof buf);
-    EXPECT_STREQ("Exposure", buf);
     EXPECT_FALSE(ts.TranslateWindow(w, 999, kTextDialog));
-    GetWindowTextA(w, buf, sizeof buf);
-    EXPECT_STREQ("Exposure", buf) << "nothing found: the text stays";
+    EXPECT_EQ("Exposure", DialogDriver::Text(w)) << "translated once; nothing found: it stays";
     DestroyWindow(w);
+    auto item = [](HMENU m, int pos) {
+        char buf[64] = {};
+        GetMenuStringA(m, pos, buf, sizeof buf, MF_BYPOSITION);
+        return std::string(buf);
+    };
     fw::UniqueMenu menu(CreatePopupMenu());
     AppendMenuA(menu.get(), MF_STRING, IDS_MENU_ROTATE, "Drehen");
     AppendMenuA(menu.get(), MF_STRING, IDS_MENU_DELETE, "L\xF6schen");
     ts.TranslateMenu(menu.get(), kTextDialog);
-    GetMenuStringA(menu.get(), 0, buf, sizeof buf, MF_BYPOSITION);
-    EXPECT_STREQ("Rotate", buf);
-    GetMenuStringA(menu.get(), 1, buf, sizeof buf, MF_BYPOSITION);
-    EXPECT_STREQ("L\xF6schen", buf) << "top level: by its text, which has no translation";
+    EXPECT_EQ("Rotate", item(menu.get(), 0));
+    EXPECT_EQ("L\xF6schen", item(menu.get(), 1)) << "top level: by its text, which has no translation";
     // In a sub-menu each item decides for itself: the one opening a further
     // sub-menu by its text, its command neighbour by id.
     fw::UniqueMenu outer(CreatePopupMenu());
@@ -146,10 +145,8 @@ TEST_F(TextServiceTest, TranslateWindowAndMenuByKey) {
     AppendMenuA(inner, MF_STRING, IDS_MENU_DELETE, "L\xF6schen");
     AppendMenuA(outer.get(), MF_POPUP, reinterpret_cast<UINT_PTR>(inner), "Aufnahme");
     ts.TranslateMenu(outer.get(), kTextDialog);
-    GetMenuStringA(inner, 0, buf, sizeof buf, MF_BYPOSITION);
-    EXPECT_STREQ("Rotate", buf);
-    GetMenuStringA(inner, 1, buf, sizeof buf, MF_BYPOSITION);
-    EXPECT_STREQ("Delete", buf);
+    EXPECT_EQ("Rotate", item(inner, 0));
+    EXPECT_EQ("Delete", item(inner, 1));
 }
 
 TEST_F(TextServiceTest, ShowMessageOfAnEmptyTextReportsAnInternalError) {
