@@ -114,15 +114,23 @@ private:
     T* m_p;
 };
 
-// Shows the wait cursor for the lifetime of the object.
+// Shows the wait cursor for the lifetime of the object. Nested inside another
+// it does nothing: a loop that already shows it does not set it per item.
+// User-interface thread only.
 class WaitCursor {
 public:
-    WaitCursor() : m_old(::SetCursor(::LoadCursor(nullptr, IDC_WAIT))) {}
-    ~WaitCursor() { ::SetCursor(m_old); }
+    WaitCursor() : m_old(Depth()++ == 0 ? ::SetCursor(::LoadCursor(nullptr, IDC_WAIT)) : nullptr) {}
+    ~WaitCursor() {
+        if (--Depth() == 0) ::SetCursor(m_old);
+    }
     WaitCursor(const WaitCursor&) = delete;
     WaitCursor& operator=(const WaitCursor&) = delete;
 
 private:
+    static int& Depth() {
+        static int depth = 0;
+        return depth;
+    }
     HCURSOR m_old;
 };
 

@@ -2,7 +2,8 @@
 # Measures Zemblax.dll as a host drives it (selection dialog, run, designer),
 # each figure against a floor measured in the same run, and prints the table.
 # Builds what it needs and runs in a Wine session of its own.
-#   scripts/bench.sh [--quick]     (--quick: one repeat each, a smoke run)
+#   scripts/bench.sh [--quick] [--only=selection|run|designer]
+# --quick: one repeat each, a smoke run; --only: one group of figures.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD

@@ -72,11 +72,18 @@ BOOL CTextService::Open(const std::string& section, const std::string& databaseP
     Disconnect();
     m_strSection = section;
     fw::DispArg progId("VELMORAXI.LexiconServer");
-    return SUCCEEDED(::CLSIDFromProgID(progId.get().bstrVal, &m_clsidServer));
+    const bool known = SUCCEEDED(::CLSIDFromProgID(progId.get().bstrVal, &m_clsidServer));
+    m_bUnavailable = !known;
+    return known;
 }
 
+// A failed connection stays failed until the next Open: every text of a
+// dialog would otherwise try to create the objects again, and each text
+// falls back to the resource's own the same way whether it tried or not.
 BOOL CTextService::Connect() {
     if (m_pTexts) return TRUE;
+    if (m_bUnavailable) return FALSE;
+    m_bUnavailable = true;
     if (!m_pServer) {
         m_pServer = std::make_unique<fw::Dispatch>();
         if (FAILED(m_pServer->Create(m_clsidServer))) {
@@ -101,7 +108,10 @@ BOOL CTextService::Connect() {
     } else {
         hr = m_pTexts->Call(kUseDefaultDatabase, {}, &result);
     }
-    if (SUCCEEDED(hr) && result >= 0) return TRUE;
+    if (SUCCEEDED(hr) && result >= 0) {
+        m_bUnavailable = false;
+        return TRUE;
+    }
     fw::DispArg cookie(m_nCookie);
     m_pServer->Call(kCloseSection, {&cookie}, nullptr);
     m_pTexts.reset();

@@ -53,6 +53,7 @@ private:
     long m_nCookie = -1;
     std::string m_strDatabasePath;
     CLSID m_clsidServer{};
+    bool m_bUnavailable = false;  // the last Connect since Open failed
     HINSTANCE m_hSavedResource = nullptr;
 };
 

@@ -14,8 +14,7 @@ constexpr int kThumbWidth = 200, kThumbHeight = 150;
 CSelectionDlg::CSelectionDlg(const std::string& catalogPath, HWND parent)
     : fw::Dialog(IDD_SELECTION, parent),
       m_strCatalogPath(catalogPath),
-      m_textImages(::ImageList_Create(1, 1, ILC_COLOR | ILC_MASK, 1, 1)),
-      m_thumbnails(::ImageList_Create(kThumbWidth, kThumbHeight, ILC_COLOR24, 1, 1)) {}
+      m_textImages(::ImageList_Create(1, 1, ILC_COLOR | ILC_MASK, 1, 1)) {}
 
 BOOL CSelectionDlg::OnInitDialog() {
     fw::Dialog::OnInitDialog();
@@ -33,15 +32,16 @@ BOOL CSelectionDlg::OnInitDialog() {
     m_list.InsertColumn(0, "", client.right - ::GetSystemMetrics(SM_CXVSCROLL));
 
     const char* catalog = m_strCatalogPath.c_str();
-    const std::string folder = CTemplate::FolderOf(m_strCatalogPath);
     for (int n = 1;; ++n) {
         const std::string section = CTemplate::SectionName(n);
         char name[260];
         ::GetPrivateProfileStringA(section.c_str(), "Name", "", name, sizeof name, catalog);
         if (!*name) break;
         if (::GetPrivateProfileIntA(section.c_str(), "Deleted", 0, catalog)) continue;
-        AddTemplateEntry(n, name, folder + section + ".bmp");
+        m_names.push_back(name);
+        m_numbers.push_back(static_cast<BYTE>(n));
     }
+    LoadThumbnails();
     const bool thumbs = ::GetPrivateProfileIntA("SelectionDlg", "Mode", 0, catalog) != 0;
     FillList(thumbs);
     ::CheckDlgButton(hwnd(), IDC_SELECTION_PREVIEW, thumbs ? BST_CHECKED : BST_UNCHECKED);
@@ -49,20 +49,24 @@ BOOL CSelectionDlg::OnInitDialog() {
     return TRUE;
 }
 
-void CSelectionDlg::AddTemplateEntry(int number, const std::string& name,
-                                     const std::string& thumbnail) {
-    m_names.push_back(name);
-    m_numbers.push_back(static_cast<BYTE>(number));
-    fw::UniqueGlobal dib(ReadDibFile(thumbnail));
-    if (dib) {
-        fw::UniqueBitmap bitmap(DibToBitmap(dib.get(), nullptr));
+// The list is made for the whole catalog at once: grown one image at a time,
+// as its creation in the constructor asks, every addition would copy all
+// earlier thumbnails. It holds the same images in the same order either way.
+void CSelectionDlg::LoadThumbnails() {
+    const int count = static_cast<int>(m_numbers.size());
+    m_thumbnails.reset(::ImageList_Create(kThumbWidth, kThumbHeight, ILC_COLOR24,
+                                          count > 0 ? count : 1, 1));
+    fw::WaitCursor wait;  // once for all thumbnails
+    const std::string folder = CTemplate::FolderOf(m_strCatalogPath);
+    for (BYTE number : m_numbers) {
+        fw::UniqueGlobal dib(ReadDibFile(folder + CTemplate::SectionName(number) + ".bmp"));
+        fw::UniqueBitmap bitmap(dib ? DibToBitmap(dib.get(), nullptr) : nullptr);
         dib.reset();
-        if (bitmap) {
+        if (bitmap)
             ::ImageList_AddMasked(m_thumbnails.get(), bitmap.get(), RGB(0, 0, 0));
-            return;
-        }
+        else
+            AddPlaceholder();
     }
-    AddPlaceholder();
 }
 
 void CSelectionDlg::AddPlaceholder() {

@@ -23,7 +23,7 @@ protected:
     bool OnNotify(NMHDR* header, LRESULT& result) override;
 
 private:
-    void AddTemplateEntry(int number, const std::string& name, const std::string& thumbnail);
+    void LoadThumbnails();
     void AddPlaceholder();
     void FillList(bool bThumbnails);
 

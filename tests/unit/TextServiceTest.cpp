@@ -106,6 +106,13 @@ TEST_F(TextServiceTest, WithoutAHostEveryLookupFailsQuietly) {
     EXPECT_EQ("Unbenannt", text);
     EXPECT_FALSE(ts.TranslateWindow(nullptr, IDD_TAKE, kTextDialog));
     EXPECT_FALSE(ts.TranslateControl(nullptr, kTextDialog));
+    EndTexts();
+    // The failure is remembered for one dialog's texts only: objects that
+    // appear later serve the next dialog.
+    Register(1033);
+    BeginTexts("ZEMBLAX", 0, nullptr, "");
+    EXPECT_TRUE(ts.GetText(text, IDD_TAKE, kTextDialog));
+    EXPECT_EQ("Exposure", text);
 }
 
 TEST_F(TextServiceTest, OptionsManagerMissingButServerThere) {

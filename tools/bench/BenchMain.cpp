@@ -1,7 +1,7 @@
 // zemblax-bench.exe: measures Zemblax.dll as a host drives it, through its
 // exported functions and its dialogs, each figure against a floor measured
 // in the same run, and prints one table.
-//   zemblax-bench.exe <shipped Zemblax.ini> [--quick]
+//   zemblax-bench.exe <shipped Zemblax.ini> [--quick] [--only=selection|run|designer]
 // --quick runs every figure once on small catalogs: a smoke run, no figures.
 #include <windows.h>
 #include <commctrl.h>
@@ -54,47 +54,50 @@ std::string Catalog(const std::string& base) { return base + "Template\\Zemblax.
 
 // ---- the selection dialog: growth with the catalog, both modes -------------
 
+// Floor and figure take turns in every repeat, so that a change of load on
+// the machine reaches both alike.
 void SelectionFigures(Bench& b) {
     const std::vector<int> counts = b.quick ? std::vector<int>{0, 10} : std::vector<int>{0, 10, 50, 255};
     double thumbs[256] = {}, floorAt[256] = {};
     for (int n : counts) {
         const std::string base = b.data.Base("catalog" + std::to_string(n), n, 3, 3);
+        const std::string catalog = Catalog(base);
         b.Use(base);
-        const int repeats = b.Repeats(n >= 255 ? 5 : 9);
-        const Samples floor = floors::PlainDialog(
-            b.driver, b.dll.module(), IDD_SELECTION, IDC_SELECTION_LIST, repeats, [&](HWND) {
-                for (int i = 1; i <= n; ++i)
-                    fw::UniqueBitmap(static_cast<HBITMAP>(::LoadImageA(
-                        nullptr, BenchData::Thumbnail(base, i).c_str(), IMAGE_BITMAP, 0, 0,
-                        LR_LOADFROMFILE)));
-            });
-        for (int mode = 0; mode < 2; ++mode) {
-            ::WritePrivateProfileStringA("SelectionDlg", "Mode", mode ? "1" : "0",
-                                         Catalog(base).c_str());
-            Samples shown;
-            for (int i = 0; i < repeats; ++i) {
+        Samples floor, shown[2];
+        for (int i = 0; i < b.Repeats(n >= 255 ? 7 : 11); ++i) {
+            floor.Add(floors::PlainDialog(
+                b.driver, b.dll.module(), IDD_SELECTION, IDC_SELECTION_LIST, 1, [&](HWND) {
+                    for (int k = 1; k <= n; ++k)
+                        fw::UniqueBitmap(static_cast<HBITMAP>(::LoadImageA(
+                            nullptr, BenchData::Thumbnail(base, k).c_str(), IMAGE_BITMAP, 0, 0,
+                            LR_LOADFROMFILE)));
+                }).Median());
+            for (int mode = 0; mode < 2; ++mode) {
+                ::WritePrivateProfileStringA("SelectionDlg", "Mode", mode ? "1" : "0", catalog.c_str());
                 const double start = NowMs();
                 b.driver.Then(IDC_SELECTION_LIST, [&](HWND dialog) {
-                    shown.Add(NowMs() - start);
+                    shown[mode].Add(NowMs() - start);
                     IdleDriver::Click(dialog, IDCANCEL);
                 });
                 b.dll.Start(b.driver.host());
                 Expect(b, "selection dialog");
             }
-            const std::string what = std::string("Start to selection shown, ") +
-                                     (mode ? "thumbnails, " : "names, ") + std::to_string(n) +
-                                     " templates";
-            b.report.Row(what, shown, "dialog + " + std::to_string(n) + " LoadImage", floor,
-                         n == 255 ? 1.5 : 0);
-            if (mode) thumbs[n] = shown.Median();
         }
+        for (int mode = 0; mode < 2; ++mode)
+            b.report.Row(std::string("Start to selection shown, ") + (mode ? "thumbnails, " : "names, ") +
+                             std::to_string(n) + " templates",
+                         shown[mode], "dialog + " + std::to_string(n) + " LoadImage", floor,
+                         n == 255 ? 1.5 : 0);
+        thumbs[n] = shown[1].Median();
         floorAt[n] = floor.Median();
     }
     if (b.quick) return;
-    b.report.Note("growth per template, 0-50", (thumbs[50] - thumbs[0]) / 50,
-                  "floor " + std::to_string((floorAt[50] - floorAt[0]) / 50).substr(0, 5));
-    b.report.Note("growth per template, 50-255", (thumbs[255] - thumbs[50]) / 205,
-                  "floor " + std::to_string((floorAt[255] - floorAt[50]) / 205).substr(0, 5));
+    char floorGrowth[64];
+    std::snprintf(floorGrowth, sizeof floorGrowth, "floor %.3f", (floorAt[50] - floorAt[0]) / 50);
+    b.report.Note("growth per template, thumbnails, 0-50", (thumbs[50] - thumbs[0]) / 50, floorGrowth);
+    std::snprintf(floorGrowth, sizeof floorGrowth, "floor %.3f", (floorAt[255] - floorAt[50]) / 205);
+    b.report.Note("growth per template, thumbnails, 50-255", (thumbs[255] - thumbs[50]) / 205,
+                  floorGrowth);
 }
 
 // ---- a run: the preview, GetNext and the take dialog ------------------------
@@ -151,45 +154,46 @@ void RunFigures(Bench& b) {
                  }),
                  "an empty exported call (GetState)",
                  Samples::Time(steps, [&](int) { b.dll.GetState(); }));
-    Samples toPicture;
+    // The floor: the same dialog showing the same picture, stretched by GDI.
+    const Exposure e = MakeExposure("1", false, 0);
+    fw::UniqueGlobal header(e.header), bits(e.bits);
+    fw::UniqueBitmap picture;
+    auto showPicture = [&](HWND dialog) {
+        HWND control = ::GetDlgItem(dialog, IDC_TAKE_PICTURE);
+        RECT r;
+        ::GetClientRect(control, &r);
+        fw::GlobalLock<BITMAPINFO> info(header.get());
+        fw::GlobalLock<BYTE> pixels(bits.get());
+        fw::WindowDC screen(nullptr);
+        fw::UniqueDC memory(::CreateCompatibleDC(screen.get()));
+        picture.reset(::CreateCompatibleBitmap(screen.get(), r.right, r.bottom));
+        {
+            fw::SelectObj select(memory.get(), picture.get());
+            ::SetStretchBltMode(memory.get(), COLORONCOLOR);
+            ::StretchDIBits(memory.get(), 0, 0, r.right, r.bottom, 0, 0,
+                            info.get()->bmiHeader.biWidth, std::abs(info.get()->bmiHeader.biHeight),
+                            pixels.get(), info.get(), DIB_RGB_COLORS, SRCCOPY);
+        }
+        ::SetWindowLongA(control, GWL_STYLE,
+                         (::GetWindowLongA(control, GWL_STYLE) & ~SS_TYPEMASK) | SS_BITMAP);
+        ::SendMessageA(control, STM_SETIMAGE, IMAGE_BITMAP, reinterpret_cast<LPARAM>(picture.get()));
+    };
+    Samples toPicture, plain;
     for (int i = 0; i < steps; ++i) {
-        const Exposure e = MakeExposure(std::to_string(i + 2), i % 2, i);
+        plain.Add(floors::PlainDialog(b.driver, b.dll.module(), IDD_TAKE, IDC_TAKE_PICTURE, 1,
+                                      showPicture, true)
+                      .Median());
+        const Exposure next = MakeExposure(std::to_string(i + 2), i % 2, i);
         const double start = NowMs();
         b.driver.ThenPainted(IDC_TAKE_PICTURE, [&](HWND dialog) {
             toPicture.Add(NowMs() - start);
             IdleDriver::Click(dialog, IDOK);
         });
-        b.dll.GetNext(b.driver.host(), e.header, e.bits, &host, label, &orientation, &take, FALSE,
-                      &done);
+        b.dll.GetNext(b.driver.host(), next.header, next.bits, &host, label, &orientation, &take,
+                      FALSE, &done);
         Expect(b, "take dialog");
     }
     b.dll.Stop();
-    // The floor: the same dialog showing the same picture, stretched by GDI.
-    const Exposure e = MakeExposure("1", false, 0);
-    fw::UniqueGlobal header(e.header), bits(e.bits);
-    fw::UniqueBitmap shown;
-    const Samples plain = floors::PlainDialog(
-        b.driver, b.dll.module(), IDD_TAKE, IDC_TAKE_PICTURE, steps, [&](HWND dialog) {
-            HWND picture = ::GetDlgItem(dialog, IDC_TAKE_PICTURE);
-            RECT r;
-            ::GetClientRect(picture, &r);
-            fw::GlobalLock<BITMAPINFO> info(header.get());
-            fw::GlobalLock<BYTE> pixels(bits.get());
-            fw::WindowDC screen(nullptr);
-            fw::UniqueDC memory(::CreateCompatibleDC(screen.get()));
-            shown.reset(::CreateCompatibleBitmap(screen.get(), r.right, r.bottom));
-            {
-                fw::SelectObj select(memory.get(), shown.get());
-                ::SetStretchBltMode(memory.get(), COLORONCOLOR);
-                ::StretchDIBits(memory.get(), 0, 0, r.right, r.bottom, 0, 0,
-                                info.get()->bmiHeader.biWidth, std::abs(info.get()->bmiHeader.biHeight),
-                                pixels.get(), info.get(), DIB_RGB_COLORS, SRCCOPY);
-            }
-            ::SetWindowLongA(picture, GWL_STYLE,
-                             (::GetWindowLongA(picture, GWL_STYLE) & ~SS_TYPEMASK) | SS_BITMAP);
-            ::SendMessageA(picture, STM_SETIMAGE, IMAGE_BITMAP, reinterpret_cast<LPARAM>(shown.get()));
-        },
-        true);
     b.report.Row("GetNext with an exposure to the take dialog shown", toPicture,
                  "the same dialog, picture stretched by GDI", plain, 1.1);
 }
@@ -310,7 +314,11 @@ int main(int argc, char** argv) {
     INITCOMMONCONTROLSEX icc{sizeof icc, ICC_LISTVIEW_CLASSES | ICC_STANDARD_CLASSES};
     ::InitCommonControlsEx(&icc);
     Bench b(argv[1], ExeFolder() + "bench-data\\");
-    b.quick = argc > 2 && std::strcmp(argv[2], "--quick") == 0;
+    std::string only;
+    for (int i = 2; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--quick") == 0) b.quick = true;
+        if (std::strncmp(argv[i], "--only=", 7) == 0) only = argv[i] + 7;
+    }
     UINT version = 0;
     if (!b.dll.Load((ExeFolder() + "Zemblax.dll").c_str()) || !b.dll.CheckVersion(1, &version)) {
         std::printf("bench: Zemblax.dll not loaded\n");
@@ -318,9 +326,9 @@ int main(int argc, char** argv) {
     }
     IdleDriver::Watchdog(b.quick ? 60 : 300);
     std::printf("bench: %s\n", b.quick ? "smoke run, one repeat each" : "measuring");
-    SelectionFigures(b);
-    RunFigures(b);
-    DesignerFigures(b);
+    if (only.empty() || only == "selection") SelectionFigures(b);
+    if (only.empty() || only == "run") RunFigures(b);
+    if (only.empty() || only == "designer") DesignerFigures(b);
     b.report.Print();
     return 0;
 }
