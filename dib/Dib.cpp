@@ -1,5 +1,6 @@
 #include "dib/Dib.h"
 #include <cstring>
+#include <vector>
 #include "fw/Handle.h"
 
 namespace {
@@ -187,11 +188,13 @@ BOOL WriteDibFile(const std::string& path, HGLOBAL hDib) {
     fh.bfType = 0x4D42;
     fh.bfSize = size + sizeof fh;
     fh.bfOffBits = sizeof fh + info->biSize + DibColorTableSize(info);
+    // Header and block in one write: the file system is asked once.
+    std::vector<BYTE> bytes(sizeof fh + size);
+    std::memcpy(bytes.data(), &fh, sizeof fh);
+    std::memcpy(bytes.data() + sizeof fh, p.get(), size);
+    const DWORD total = static_cast<DWORD>(bytes.size());
     DWORD written = 0;
-    if (!::WriteFile(file.get(), &fh, sizeof fh, &written, nullptr) || written != sizeof fh)
-        return FALSE;
-    if (!::WriteFile(file.get(), p.get(), size, &written, nullptr) || written != size) return FALSE;
-    return TRUE;
+    return ::WriteFile(file.get(), bytes.data(), total, &written, nullptr) && written == total;
 }
 
 HGLOBAL BitmapToDib(HBITMAP bitmap, DWORD compression, WORD bits, HPALETTE palette) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <map>
 #include <vector>
+#include "fw/IniSection.h"
 #include "fw/Module.h"
 #include "res/resource.h"
 #include "settings/Settings.h"
@@ -14,69 +15,9 @@ CSensor::CSensor(bool bVertical) : m_bVertical(bVertical) {
 
 namespace {
 
-int ReadInt(const std::string& section, const char* key, const std::string& file) {
-    return static_cast<int>(::GetPrivateProfileIntA(section.c_str(), key, 0, file.c_str()));
-}
-
 struct OutlineVertex {
     int x = 0, y = 0;
 };
-
-// The section's text in one read: a section of many thousand vertices would
-// otherwise open and search the file twice for every vertex.
-std::string ReadSectionText(const std::string& section, const std::string& file) {
-    // A section is never longer than its file: one read is enough.
-    WIN32_FILE_ATTRIBUTE_DATA attributes{};
-    unsigned long long bytes = 4096;
-    if (::GetFileAttributesExA(file.c_str(), GetFileExInfoStandard, &attributes))
-        bytes += (static_cast<unsigned long long>(attributes.nFileSizeHigh) << 32) |
-                 attributes.nFileSizeLow;
-    std::vector<char> buf(static_cast<size_t>(std::min(bytes, 1ull << 30)));
-    for (;;) {
-        const DWORD n = ::GetPrivateProfileSectionA(section.c_str(), buf.data(),
-                                                    static_cast<DWORD>(buf.size()), file.c_str());
-        if (n + 2 < buf.size() || buf.size() >= (1u << 30)) return std::string(buf.data(), n);
-        buf.resize(buf.size() * 2);
-    }
-}
-
-std::string Trimmed(const std::string& s) {
-    size_t b = 0, e = s.size();
-    while (b < e && static_cast<unsigned char>(s[b]) <= ' ') ++b;
-    while (e > b && static_cast<unsigned char>(s[e - 1]) <= ' ') --e;
-    return s.substr(b, e - b);
-}
-
-// The value as the system's profile integer reader gives it: surrounding
-// quotes dropped, at most 29 characters, leading blanks and a sign taken,
-// "0x", "0o" and "0b" prefixes honoured, digits up to the first other
-// character, wrapping like its unsigned result.
-int ProfileInt(std::string value) {
-    if (value.size() >= 2 && (value[0] == '"' || value[0] == '\'') && value.back() == value[0])
-        value = value.substr(1, value.size() - 2);
-    if (value.size() > 29) value.resize(29);
-    size_t i = 0;
-    while (i < value.size() && static_cast<unsigned char>(value[i]) <= ' ') ++i;
-    bool minus = false;
-    if (i < value.size() && (value[i] == '+' || value[i] == '-')) minus = value[i++] == '-';
-    unsigned base = 10;
-    if (i + 1 < value.size() && value[i] == '0') {
-        const char kind = value[i + 1];
-        base = kind == 'x' ? 16 : kind == 'o' ? 8 : kind == 'b' ? 2 : 10;
-        if (base != 10) i += 2;
-    }
-    unsigned n = 0;
-    for (; i < value.size(); ++i) {
-        const char c = value[i];
-        const unsigned digit = c >= '0' && c <= '9'   ? c - '0'
-                               : c >= 'a' && c <= 'z' ? c - 'a' + 10
-                               : c >= 'A' && c <= 'Z' ? c - 'A' + 10
-                                                      : 99;
-        if (digit >= base) break;
-        n = n * base + digit;
-    }
-    return static_cast<int>(minus ? 0u - n : n);
-}
 
 // Index of a key "PolygonX<n>" or "PolygonY<n>" spelt as "%d" spells n
 // (1..last); 0 for every other key.
@@ -99,29 +40,20 @@ int VertexKeyIndex(const std::string& key, char axis, int last) {
 // that the section backs with a key are held one by one; a run of vertices
 // without keys is the point (0, 0) repeated, which one (0, 0) outlines
 // alike. A huge count on a short section thus costs nothing.
-std::vector<OutlineVertex> ReadOutlineVertices(const std::string& section,
-                                               const std::string& file, int count) {
+std::vector<OutlineVertex> ReadOutlineVertices(const fw::IniSection& section, int count) {
     struct Keyed {
         OutlineVertex v;
         bool hasX = false, hasY = false;
     };
     std::map<int, Keyed> keyed;
-    const std::string text = ReadSectionText(section, file);
-    for (size_t start = 0; start < text.size();) {
-        size_t end = text.find('\0', start);
-        if (end == std::string::npos) end = text.size();
-        const std::string line = text.substr(start, end - start);
-        start = end + 1;
-        const size_t eq = line.find('=');
-        if (eq == std::string::npos) continue;
-        const std::string key = Trimmed(line.substr(0, eq));
-        // The profile reader gives the first of repeated keys.
-        if (int n = VertexKeyIndex(key, 'X', count)) {
+    // The first line of a key counts, with or without a value.
+    for (const fw::IniSection::Entry& e : section.Entries()) {
+        if (int n = VertexKeyIndex(e.key, 'X', count)) {
             Keyed& k = keyed[n];
-            if (!k.hasX) k.v.x = ProfileInt(Trimmed(line.substr(eq + 1))), k.hasX = true;
-        } else if (int n = VertexKeyIndex(key, 'Y', count)) {
+            if (!k.hasX) k.v.x = fw::IniSection::IntValue(e.value, 0), k.hasX = true;
+        } else if (int n = VertexKeyIndex(e.key, 'Y', count)) {
             Keyed& k = keyed[n];
-            if (!k.hasY) k.v.y = ProfileInt(Trimmed(line.substr(eq + 1))), k.hasY = true;
+            if (!k.hasY) k.v.y = fw::IniSection::IntValue(e.value, 0), k.hasY = true;
         }
     }
     std::vector<OutlineVertex> vertices;
@@ -200,17 +132,20 @@ void MakeMarker(CPolygon& marker, const CPolygon& outline, int variant) {
 }  // namespace
 
 bool CSensor::Read(const std::string& section, const std::string& file) {
+    return Read(fw::IniSection(file, section));
+}
+
+bool CSensor::Read(const fw::IniSection& section) {
     if (m_bLoaded) return false;
-    char name[256];
-    ::GetPrivateProfileStringA(section.c_str(), "Name", "", name, sizeof name, file.c_str());
-    if (!*name) return false;
+    const std::string name = section.Str("Name");
+    if (name.empty()) return false;
     m_strName = name;
-    int vertices = ReadInt(section, "PolygonVertices", file);
+    int vertices = section.Int("PolygonVertices", 0);
     if (vertices == 0) return false;
-    m_nDimension = static_cast<UINT>(ReadInt(section, "Dimension", file));
+    m_nDimension = static_cast<UINT>(section.Int("Dimension", 0));
     m_dDimensionFactor = m_nDimension ? 3527.0 / m_nDimension : 1.0;
-    m_nPictureWidth = ReadInt(section, "PictureWidth", file);
-    m_nPictureHeight = ReadInt(section, "PictureHeight", file);
+    m_nPictureWidth = section.Int("PictureWidth", 0);
+    m_nPictureHeight = section.Int("PictureHeight", 0);
     m_dWidthFactor = m_nPictureWidth * 0.0001;
     for (int i = 0; i < 4; ++i) {
         m_outlines[i].Clear();
@@ -219,7 +154,7 @@ bool CSensor::Read(const std::string& section, const std::string& file) {
     // A negative count reads no vertex at all.
     if (vertices < 0) return false;
     std::vector<POINT> pts;
-    for (const OutlineVertex& v : ReadOutlineVertices(section, file, vertices))
+    for (const OutlineVertex& v : ReadOutlineVertices(section, vertices))
         pts.push_back({static_cast<LONG>(static_cast<LONG>(v.x * m_dWidthFactor) * m_dDimensionFactor),
                        static_cast<LONG>(static_cast<LONG>(v.y * m_dWidthFactor) * m_dDimensionFactor)});
     ReduceHugeOutline(pts);

@@ -7,12 +7,18 @@
 #include "settings/Polygon.h"
 #include "fw/Handle.h"
 
+namespace fw {
+class IniSection;
+}
+
 class CSensor {
 public:
     explicit CSensor(bool bVertical);
     virtual ~CSensor() = default;
 
     bool Read(const std::string& section, const std::string& file);
+    // From a section already read: the settings build three sensors of each.
+    bool Read(const fw::IniSection& section);
 
     const std::string& GetName() const { return m_strName; }
     HICON GetIcon() const { return m_hIcon.get(); }

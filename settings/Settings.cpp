@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include "fw/Gdi.h"
-#include "fw/IniFile.h"
+#include "fw/IniSection.h"
 #include "settings/IniNames.h"
 #include "templates/LayoutSpace.h"
 #include "templates/Take.h"
@@ -11,10 +11,10 @@
 
 namespace {
 
-COLORREF ReadColor(const fw::IniFile& ini, const std::string& section, const std::string& prefix) {
-    return RGB(ini.Int(section, (prefix + "R").c_str(), 0) & 0xFF,
-               ini.Int(section, (prefix + "G").c_str(), 0) & 0xFF,
-               ini.Int(section, (prefix + "B").c_str(), 0) & 0xFF);
+COLORREF ReadColor(const fw::IniSection& section, const std::string& prefix) {
+    return RGB(section.Int((prefix + "R").c_str(), 0) & 0xFF,
+               section.Int((prefix + "G").c_str(), 0) & 0xFF,
+               section.Int((prefix + "B").c_str(), 0) & 0xFF);
 }
 
 }  // namespace
@@ -55,62 +55,60 @@ bool CSettings::Load(const std::string& path) {
     if (!GetTextService().LoadText(m_strDefaultName, 32908, 1)) m_strDefaultName = "Noname";
     EndTexts();
 
-    const fw::IniFile ini(path);
-    ReadApplication(ini);
+    // Each section is read once; its keys then read as the file's would.
+    ReadApplication(fw::IniSection(path, ini::kApplication));
     if (m_nTakeDlgWidth < 342 || m_nTakeDlgHeight < 248 || m_nTakeDlgWidth > cxScreen ||
         m_nTakeDlgHeight > cyScreen) {
         m_nTakeDlgWidth = 342;
         m_nTakeDlgHeight = 248;
     }
-    ReadHolders(ini);
-    if (!ReadSensors(ini)) return false;
-    ReadDropPositions(ini);
+    ReadHolders(path);
+    if (!ReadSensors(path)) return false;
+    ReadDropPositions(path);
     return true;
 }
 
-void CSettings::ReadApplication(const fw::IniFile& ini) {
-    const std::string app = ini::kApplication;
-    m_crActive = ReadColor(ini, app, "ActiveColor");
-    m_crInactive = ReadColor(ini, app, "InactiveColor");
-    m_crDrag = ReadColor(ini, app, "DragColor");
-    m_strFontName = ini.Str(app, "FontName", "Arial");
-    m_nFontSize = ini.Int(app, "FontSize", 10);
+void CSettings::ReadApplication(const fw::IniSection& app) {
+    m_crActive = ReadColor(app, "ActiveColor");
+    m_crInactive = ReadColor(app, "InactiveColor");
+    m_crDrag = ReadColor(app, "DragColor");
+    m_strFontName = app.Str("FontName", "Arial");
+    m_nFontSize = app.Int("FontSize", 10);
     m_font = fw::CreatePointFont(m_nFontSize * 10, m_strFontName.c_str());
     if (!m_font) m_font = fw::CreatePointFont(100, "Arial");
-    m_bShowToothNumbers = ini.Int(app, "ShowToothNumbers", 1);
-    m_nPreviewTimeout = static_cast<UINT>(ini.Int(app, "PreviewTimeout", 10)) * 1000u;
-    m_dSensorSensitivity = static_cast<UINT>(ini.Int(app, "SensorSensitivity", 100)) * 0.01;
-    m_nTakeDlgWidth = ini.Int(app, "TakeDlgWidth", 342);
-    m_nTakeDlgHeight = ini.Int(app, "TakeDlgHeight", 248);
+    m_bShowToothNumbers = app.Int("ShowToothNumbers", 1);
+    m_nPreviewTimeout = static_cast<UINT>(app.Int("PreviewTimeout", 10)) * 1000u;
+    m_dSensorSensitivity = static_cast<UINT>(app.Int("SensorSensitivity", 100)) * 0.01;
+    m_nTakeDlgWidth = app.Int("TakeDlgWidth", 342);
+    m_nTakeDlgHeight = app.Int("TakeDlgHeight", 248);
 }
 
-void CSettings::ReadHolders(const fw::IniFile& ini) {
+void CSettings::ReadHolders(const std::string& path) {
     for (int n = 1;; ++n) {
-        const std::string section = ini::Holder(n);
-        std::string name = ini.Str(section, "Name");
+        const fw::IniSection section(path, ini::Holder(n));
+        std::string name = section.Str("Name");
         if (name.empty()) break;
         auto holder = std::make_unique<CHolder>(name);
-        holder->SetColor(ReadColor(ini, section, "Color"));
-        holder->SetInactiveColor(ReadColor(ini, section, "InactiveColor"));
-        holder->SetTextColor(ReadColor(ini, section, "TextColor"));
-        BOOL h = ini.Int(section, "Horizontal", 1);
-        BOOL v = ini.Int(section, "Vertical", 1);
+        holder->SetColor(ReadColor(section, "Color"));
+        holder->SetInactiveColor(ReadColor(section, "InactiveColor"));
+        holder->SetTextColor(ReadColor(section, "TextColor"));
+        BOOL h = section.Int("Horizontal", 1);
+        BOOL v = section.Int("Vertical", 1);
         if (!h && !v) h = v = TRUE;
         holder->SetOrientations(h, v);
         m_holders.push_back(std::move(holder));
     }
 }
 
-bool CSettings::ReadSensors(const fw::IniFile& ini) {
-    const char* file = ini.path().c_str();
+bool CSettings::ReadSensors(const std::string& path) {
     for (int n = 1;; ++n) {
-        const std::string section = ini::Sensor(n);
-        if (ini.Str(section, "Name").empty()) return true;
+        // One read serves the sensor and both of its palette entries.
+        const fw::IniSection section(path, ini::Sensor(n));
+        if (section.Str("Name").empty()) return true;
         auto sensor = std::make_unique<CSensor>(false);
         auto horizontal = std::make_unique<CSensor>(false);
         auto vertical = std::make_unique<CSensor>(true);
-        if (!sensor->Read(section, file) || !horizontal->Read(section, file) ||
-            !vertical->Read(section, file))
+        if (!sensor->Read(section) || !horizontal->Read(section) || !vertical->Read(section))
             continue;
         m_sensors.push_back(std::move(sensor));
         m_palette.push_back(std::move(horizontal));
@@ -118,20 +116,20 @@ bool CSettings::ReadSensors(const fw::IniFile& ini) {
     }
 }
 
-void CSettings::ReadDropPositions(const fw::IniFile& ini) {
+void CSettings::ReadDropPositions(const std::string& path) {
     for (int n = 0;; ++n) {
-        const std::string section = ini::DropPosition(n);
-        const std::string teeth = ini.Str(section, "Teeth");
+        const fw::IniSection section(path, ini::DropPosition(n));
+        const std::string teeth = section.Str("Teeth");
         if (teeth.empty()) return;
         auto take = std::make_unique<CTake>();
-        int x = ini.Int(section, "WindowPositionX", 0);
-        int y = ini.Int(section, "WindowPositionY", 0);
+        int x = section.Int("WindowPositionX", 0);
+        int y = section.Int("WindowPositionY", 0);
         if (!layout::Contains(x, y)) x = y = 0;
-        UINT num = static_cast<UINT>(ini.Int(section, "ZoomNominator", 1));
-        UINT den = static_cast<UINT>(ini.Int(section, "ZoomDenominator", 4));
+        UINT num = static_cast<UINT>(section.Int("ZoomNominator", 1));
+        UINT den = static_cast<UINT>(section.Int("ZoomDenominator", 4));
         if (num < 1 || num > 10 || den < 1 || den > 10) num = 1, den = 4;
         take->Place(x, y, num, den);
-        int holder = ini.Int(section, "Holder", 1);
+        int holder = section.Int("Holder", 1);
         if (holder < 1 || holder > GetHolderCount()) holder = GetHolderCount() > 0 ? 1 : 0;
         take->SetHolder(holder);
         for (int tooth : ParseToothList(teeth, TrailingComma::AddsNothing)) take->ToggleTooth(tooth);

@@ -12,7 +12,7 @@
 
 class CTake;
 namespace fw {
-class IniFile;
+class IniSection;
 }
 
 class CSettings {
@@ -48,10 +48,10 @@ public:
     bool FindDropPosition(const std::vector<BYTE>* teeth, CTake* target) const;
 
 private:
-    void ReadApplication(const fw::IniFile& ini);
-    void ReadHolders(const fw::IniFile& ini);
-    bool ReadSensors(const fw::IniFile& ini);
-    void ReadDropPositions(const fw::IniFile& ini);
+    void ReadApplication(const fw::IniSection& app);
+    void ReadHolders(const std::string& path);
+    bool ReadSensors(const std::string& path);
+    void ReadDropPositions(const std::string& path);
 
     std::string m_strDefaultName;
     std::vector<std::unique_ptr<CHolder>> m_holders;

@@ -4,32 +4,46 @@
 #include <cstring>
 #include "fw/Beep.h"
 #include "fw/IniFile.h"
+#include "fw/IniSection.h"
 #include "hostlib/HostLibrary.h"
 #include "settings/IniNames.h"
 #include "settings/Settings.h"
 #include "templates/ToothList.h"
 
+fw::IniSection::KeyValues CTake::SectionKeys() const {
+    return {{"Sensor", std::to_string(m_nSensor)},
+            {"SensorOrientation", m_bVertical ? "1" : "0"},
+            {"Position", std::to_string(m_nPosition + 1)},
+            {"Teeth", GetTeethString()},
+            {"Holder", std::to_string(m_nHolder)},
+            {"WindowPositionX", std::to_string(m_rect.left)},
+            {"WindowPositionY", std::to_string(m_rect.top)},
+            {"ZoomNominator", std::to_string(static_cast<int>(m_nZoomNum))},
+            {"ZoomDenominator", std::to_string(static_cast<int>(m_nZoomDen))}};
+}
+
 bool CTake::Write(int nTemplate, int nTake, const std::string& file) {
     if (!HasTeeth()) return false;
-    const fw::IniFile ini(file);
     const std::string s = ini::Take(nTemplate, nTake);
-    ini.WriteInt(s, "Sensor", m_nSensor);
-    ini.WriteInt(s, "SensorOrientation", m_bVertical ? 1 : 0);
-    ini.WriteInt(s, "Position", m_nPosition + 1);
-    ini.Write(s, "Teeth", GetTeethString());
-    ini.WriteInt(s, "Holder", m_nHolder);
-    ini.WriteInt(s, "WindowPositionX", m_rect.left);
-    ini.WriteInt(s, "WindowPositionY", m_rect.top);
-    ini.WriteInt(s, "ZoomNominator", static_cast<int>(m_nZoomNum));
-    ini.WriteInt(s, "ZoomDenominator", static_cast<int>(m_nZoomDen));
-    m_bModified = FALSE;
+    // Into a missing or empty section the keys land alone and in this order,
+    // whether written one by one or in one go; keys already there are kept
+    // and updated in place, as writing key by key always did.
+    if (fw::IniSection(file, s).Empty()) {
+        fw::IniSection::Write(file, s, SectionKeys());
+    } else {
+        const fw::IniFile ini(file);
+        for (const auto& [key, value] : SectionKeys()) ini.Write(s, key.c_str(), value);
+    }
+    MarkSaved();
     return true;
 }
 
 bool CTake::Read(int nTemplate, int nTake, const std::string& file) {
-    const fw::IniFile ini(file);
-    const std::string s = ini::Take(nTemplate, nTake);
-    auto readInt = [&](const char* key, int def) { return ini.Int(s, key, def); };
+    return Read(fw::IniSection(file, ini::Take(nTemplate, nTake)), nTake);
+}
+
+bool CTake::Read(const fw::IniSection& section, int nTake) {
+    auto readInt = [&](const char* key, int def) { return section.Int(key, def); };
     if (readInt("SensorOrientation", 0)) m_bVertical = TRUE;
     int sensorNo = readInt("Sensor", 0);
     const CSensor* sensor = TheSettings().GetSensor(sensorNo - 1);
@@ -54,7 +68,7 @@ bool CTake::Read(int nTemplate, int nTake, const std::string& file) {
     m_nPosition = nTake - 1;
     if (!ClampToLayoutArea()) fw::Beep(MB_ICONHAND);
 
-    for (int tooth : ParseToothList(ini.Str(s, "Teeth"), TrailingComma::CountsAsToothZero))
+    for (int tooth : ParseToothList(section.Str("Teeth"), TrailingComma::CountsAsToothZero))
         ToggleTooth(tooth);
     m_bModified = FALSE;
     return true;

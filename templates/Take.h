@@ -4,6 +4,7 @@
 #include <windows.h>
 #include <string>
 #include <vector>
+#include "fw/IniSection.h"
 
 class CTake {
 public:
@@ -12,7 +13,11 @@ public:
 
     // Persistence: section "Take_<template>_<take>" of the template's INI file.
     bool Read(int nTemplate, int nTake, const std::string& file);
+    bool Read(const fw::IniSection& section, int nTake);  // the section already read
     bool Write(int nTemplate, int nTake, const std::string& file);
+    // The section's keys and values in the order they are written.
+    fw::IniSection::KeyValues SectionKeys() const;
+    void MarkSaved() { m_bModified = FALSE; }
     void CopyFrom(const CTake& other);
 
     // Teeth: FDI numbers as bytes, unique, ascending with a 0 always last.

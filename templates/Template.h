@@ -39,6 +39,8 @@ public:
     static std::string SectionName(int number);
 
 private:
+    bool WriteTakeFile(const std::string& file, int stored);
+
     std::string m_strName;
     std::vector<std::unique_ptr<CTake>> m_takes;
     BOOL m_bModified = FALSE;

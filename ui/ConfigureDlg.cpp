@@ -2,7 +2,7 @@
 #include <mbstring.h>
 #include <cstdio>
 #include "fw/Beep.h"
-#include "fw/IniFile.h"
+#include "fw/IniSection.h"
 #include "fw/Module.h"
 #include "hostlib/HostLibrary.h"
 #include "res/resource.h"
@@ -269,12 +269,11 @@ BOOL CConfigureDlg::SaveTemplateAs() {
 
 // Live entries up to the first without a name; any letter case, multibyte-aware.
 bool CConfigureDlg::NameIsTaken(const std::string& name) const {
-    const fw::IniFile catalog(m_strCatalogPath);
     for (int n = 1;; ++n) {
-        const std::string section = ini::Template(n);
-        const std::string entry = catalog.Str(section, "Name");
+        const fw::IniSection section(m_strCatalogPath, ini::Template(n));
+        const std::string entry = section.Str("Name");
         if (entry.empty()) return false;
-        if (catalog.Int(section, "Deleted", 0) != 0) continue;
+        if (section.Int("Deleted", 0) != 0) continue;
         if (_mbsicmp(reinterpret_cast<const unsigned char*>(entry.c_str()),
                      reinterpret_cast<const unsigned char*>(name.c_str())) == 0)
             return true;

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include "dib/Dib.h"
 #include "fw/Beep.h"
+#include "fw/IniSection.h"
 #include "res/resource.h"
 #include "templates/Template.h"
 #include "text/TextService.h"
@@ -31,18 +32,17 @@ BOOL CSelectionDlg::OnInitDialog() {
     const RECT client = m_list.GetClientRect();
     m_list.InsertColumn(0, "", client.right - ::GetSystemMetrics(SM_CXVSCROLL));
 
-    const char* catalog = m_strCatalogPath.c_str();
     for (int n = 1;; ++n) {
-        const std::string section = CTemplate::SectionName(n);
-        char name[260];
-        ::GetPrivateProfileStringA(section.c_str(), "Name", "", name, sizeof name, catalog);
-        if (!*name) break;
-        if (::GetPrivateProfileIntA(section.c_str(), "Deleted", 0, catalog)) continue;
-        m_names.push_back(name);
+        // One read of the entry answers both keys.
+        const fw::IniSection entry(m_strCatalogPath, CTemplate::SectionName(n));
+        std::string name = entry.Str("Name", "", 260);
+        if (name.empty()) break;
+        if (entry.Int("Deleted", 0)) continue;
+        m_names.push_back(std::move(name));
         m_numbers.push_back(static_cast<BYTE>(n));
     }
     LoadThumbnails();
-    const bool thumbs = ::GetPrivateProfileIntA("SelectionDlg", "Mode", 0, catalog) != 0;
+    const bool thumbs = ::GetPrivateProfileIntA("SelectionDlg", "Mode", 0, m_strCatalogPath.c_str()) != 0;
     FillList(thumbs);
     ::CheckDlgButton(hwnd(), IDC_SELECTION_PREVIEW, thumbs ? BST_CHECKED : BST_UNCHECKED);
     CenterWindow();

@@ -1,11 +1,13 @@
 // The framework layer on real windows: handle owners, subclasses sharing a
 // window, lost capture, the dialog's message fallback and placement, popup
-// menus, list views and who destroys their image lists, off-screen painting.
+// menus, list views and who destroys their image lists, off-screen painting,
+// INI sections read once.
 #include <gtest/gtest.h>
 #include <algorithm>
 #include "InputSupport.h"
 #include "TestSupport.h"
 #include "fw/Dialog.h"
+#include "fw/IniSection.h"
 #include "fw/ListView.h"
 #include "fw/OffscreenBuffer.h"
 #include "fw/PopupMenu.h"
@@ -311,6 +313,60 @@ TEST(SelectionDialog, DestroysEachOfItsImageListsOnce) {
         ASSERT_EQ(2u, watch.calls.size()) << "names and thumbnails";
         EXPECT_NE(watch.calls[0].first, watch.calls[1].first);
         EXPECT_EQ(0, watch.Failed()) << "a list was already destroyed by the control";
+    }
+}
+
+// Values the profile reader treats in ways of its own, read through one
+// section and through the system key by key, in the key's case and in capitals.
+TEST(IniSection, EveryKeyReadsAsTheSystemReadsIt) {
+    std::vector<std::string> lines = {
+        "Blank=   ", "Empty=", "  Spaced  =  two words  ", "Tabbed=\tx\t", "Control=\x01x",
+        "Double=\"quoted\"", "Single='quoted'", "Open=\"open", "Lone=\"", "Mixed=\"a'",
+        "Inner=\"a\"b\"", "EmptyQuotes=\"\"", "QuotedNumber=\"42\"", "Minus=-17", "Plus=+17",
+        "Lead=  12abc", "Hex=0x1F", "HexCapital=0X1F", "Octal=0o17", "Binary=0b101",
+        "BadBinary=0b2", "MinusHex=-0x10", "Wrap=4294967297", "Huge=99999999999999999999",
+        "Below=-2147483649", "Dup=first", "dup=second", "DUP=third", "NoValue", "NoValue=later",
+        "Semicolon=;x", "=NoKey"};
+    // Around the 30 characters of the integer reader and the 256 of the string reader.
+    for (int n : {29, 30, 31, 32}) {
+        lines.push_back("Digits" + std::to_string(n) + "=" + std::string(n - 1, '0') + "7");
+        lines.push_back("QuotedDigits" + std::to_string(n) + "=\"" + std::string(n - 3, '0') + "7\"");
+    }
+    for (int n : {254, 255, 256, 257, 258, 300}) {
+        lines.push_back("Long" + std::to_string(n) + "=" + std::string(n, 'p'));
+        lines.push_back("QuotedLong" + std::to_string(n) + "='" + std::string(n - 2, 'q') + "'");
+        lines.push_back("OpenLong" + std::to_string(n) + "=\"" + std::string(n - 1, 'o'));
+    }
+    std::string text = "[S]\r\n";
+    for (const std::string& line : lines) text += line + "\r\n";
+    for (int i = 0; i < 1600; ++i)  // past the first buffer of a section read
+        text += "Filler" + std::to_string(i) + "=" + std::string(40, 'f') + "\r\n";
+    text += "Last=beyond the first buffer\r\n";
+    text += "[S]\r\nLater=1\r\nDouble=again\r\n";  // a second [S] is never read
+    testing_support::ScratchDir dir;
+    const std::string file = dir.File("t.ini");
+    testing_support::WriteText(file, text);
+
+    const fw::IniSection section(file, "S");
+    std::vector<std::string> keys = {"Absent", "Later", "Last"};
+    for (const std::string& line : lines) {
+        std::string key = line.substr(0, line.find('='));
+        key.erase(0, key.find_first_not_of(' '));
+        key.erase(key.find_last_not_of(' ') + 1);
+        keys.push_back(key);
+        std::transform(key.begin(), key.end(), key.begin(), ::toupper);
+        keys.push_back(key);
+    }
+    for (const std::string& key : keys) {
+        for (int def : {-7, 0})
+            EXPECT_EQ(static_cast<int>(GetPrivateProfileIntA("S", key.c_str(), def, file.c_str())),
+                      section.Int(key.c_str(), def))
+                << key << " with default " << def;
+        for (const char* def : {"", "'d' ", " d  "}) {
+            char buf[256];
+            GetPrivateProfileStringA("S", key.c_str(), def, buf, sizeof buf, file.c_str());
+            EXPECT_EQ(buf, section.Str(key.c_str(), def)) << key << " with default [" << def << "]";
+        }
     }
 }
 

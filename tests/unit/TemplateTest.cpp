@@ -1,7 +1,8 @@
 // Templates and the catalog: round trips through the files, number search,
-// deletion, gaps and stale sections.
+// deletion, gaps and stale sections, saving over older files.
 #include <gtest/gtest.h>
 #include "Fixtures.h"
+#include "settings/IniNames.h"
 #include "templates/Template.h"
 
 namespace {
@@ -164,6 +165,78 @@ TEST_F(Catalog, ATakeWithoutTeethStopsTheSave) {
     EXPECT_TRUE(SectionExists(File("Template1.ini"), "Take_1_1"));
     EXPECT_FALSE(SectionExists(File("Template1.ini"), "Take_1_3"));
     EXPECT_EQ("Halb", IniString(Cat(), "Template1", "Name"));
+}
+
+// What saving has always done to a template file: the stored take sections
+// erased up to the first without a Sensor, then every take written key by key.
+void SaveTakesKeyByKey(const CTemplate& t, const std::string& file) {
+    const char* f = file.c_str();
+    char buf[256];
+    for (int k = 1; GetPrivateProfileStringA(ini::Take(t.GetNumber(), k).c_str(), "Sensor", "", buf,
+                                             sizeof buf, f);
+         ++k)
+        WritePrivateProfileStringA(ini::Take(t.GetNumber(), k).c_str(), nullptr, nullptr, f);
+    for (int i = 0; i < t.GetTakeCount(); ++i) {
+        const CTake& take = *t.GetTake(i);
+        const std::string s = ini::Take(t.GetNumber(), i + 1);
+        const auto put = [&](const char* key, const std::string& value) {
+            WritePrivateProfileStringA(s.c_str(), key, value.c_str(), f);
+        };
+        put("Sensor", std::to_string(take.GetSensor()));
+        put("SensorOrientation", take.IsVertical() ? "1" : "0");
+        put("Position", std::to_string(take.GetPosition() + 1));
+        put("Teeth", take.GetTeethString());
+        put("Holder", std::to_string(take.GetHolder()));
+        put("WindowPositionX", std::to_string(take.GetRect().left));
+        put("WindowPositionY", std::to_string(take.GetRect().top));
+        put("ZoomNominator", std::to_string(take.GetZoomNumerator()));
+        put("ZoomDenominator", std::to_string(take.GetZoomDenominator()));
+    }
+}
+
+// Byte for byte: what the system reads, and what it keeps unread (comments).
+TEST_F(Catalog, SavingOverOlderFilesLeavesWhatKeyByKeyWritingLeft) {
+    CTemplate t;
+    t.SetName("Status");
+    for (int i = 0; i < kMaxTakes; ++i)
+        t.AddTake(NewTake({static_cast<BYTE>(11 + i % 8), static_cast<BYTE>(41 + i % 8)}, 1 + i % 2,
+                          100 + (i % 8) * 100, 100 + (i / 8) * 150));
+    t.GetTake(3)->Rotate();
+    ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
+    ASSERT_EQ(1, t.GetNumber());
+    std::string forty;  // as a template of 40 takes was saved
+    for (int k = 1; k <= 40; ++k)
+        forty += "[Take_1_" + std::to_string(k) + "]\r\nSensor=2\r\nPosition=" + std::to_string(k) +
+                 "\r\nTeeth=18\r\nWindowPositionX=100\r\nWindowPositionY=100\r\n";
+    const size_t fifth = forty.find("[Take_1_5]"), sixth = forty.find("[Take_1_6]");
+    const struct {
+        const char* what;
+        std::string before;
+        int loaded;  // takes 33 to 40 stay where a gap stopped the erasing
+    } cases[] = {
+        {"forty takes", forty, kMaxTakes},
+        {"a foreign section",
+         forty.substr(0, sixth) + "[Foreign]\r\nKeep=1\r\n" + forty.substr(sixth), kMaxTakes},
+        {"a take without a Sensor",
+         forty.substr(0, fifth) + "[Take_1_5]\r\nNote=x\r\n" + forty.substr(sixth), 40},
+        {"a comment on top", ";kept\r\n" + forty, kMaxTakes},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        t.GetTake(0)->ToggleTooth(12);
+        testing_support::WriteText(File("Old.ini"), c.before);
+        SaveTakesKeyByKey(t, File("Old.ini"));
+        testing_support::WriteText(File("Template1.ini"), c.before);
+        ASSERT_TRUE(t.Save(thumb.get(), Cat(), true));
+        EXPECT_FALSE(t.IsModified());
+        EXPECT_EQ(testing_support::ReadText(File("Old.ini")),
+                  testing_support::ReadText(File("Template1.ini")));
+        EXPECT_EQ("Status", IniString(Cat(), "Template1", "Name"));
+        CTemplate back;
+        ASSERT_TRUE(back.Load(1, Cat()));
+        EXPECT_EQ(c.loaded, back.GetTakeCount());
+        EXPECT_EQ(t.GetTake(0)->GetTeeth(), back.GetTake(0)->GetTeeth());
+    }
 }
 
 TEST(TemplateList, RenumberAndModifiedFlag) {
