@@ -1,8 +1,10 @@
 #include "chart/ToothChart.h"
+#include <algorithm>
 #include "chart/ToothChartOwner.h"
 #include "dib/Dib.h"
 #include "fw/Gdi.h"
 #include "fw/IniFile.h"
+#include "fw/IniSection.h"
 #include "fw/Module.h"
 #include "fw/OffscreenBuffer.h"
 #include "res/resource.h"
@@ -20,18 +22,6 @@ int PermanentTooth(int index) { return (index & 7) + (index >> 3) * 10 + 11; }
 
 HBITMAP LoadPicture(int id) {
     return ::LoadBitmapA(fw::Module::ResourceHandle(), MAKEINTRESOURCEA(id));
-}
-
-// A monochrome mask that is white where the picture is pure black.
-fw::UniqueBitmap BlackMask(HDC reference, HBITMAP picture) {
-    BITMAP bm{};
-    if (!picture || !::GetObjectA(picture, sizeof bm, &bm)) return {};
-    fw::UniqueBitmap mask(::CreateBitmap(bm.bmWidth, bm.bmHeight, 1, 1, nullptr));
-    fw::UniqueDC from(::CreateCompatibleDC(reference)), to(::CreateCompatibleDC(reference));
-    fw::SelectObj s1(from.get(), picture), s2(to.get(), mask.get());
-    ::SetBkColor(from.get(), RGB(0, 0, 0));
-    ::BitBlt(to.get(), 0, 0, bm.bmWidth, bm.bmHeight, from.get(), 0, 0, SRCCOPY);
-    return mask;
 }
 
 // The mouse may wander 150 pixels from a tooth before its highlight needs
@@ -82,13 +72,13 @@ int CToothChart::ToothAt(int x, int y) const {
 }
 
 void CToothChart::LoadToothPolygons(int quadrant, const std::string& settingsFile) {
-    const fw::IniFile ini(settingsFile);
     for (unsigned tooth = 1; tooth <= 8; ++tooth) {
-        const std::string section = ini::Tooth(quadrant, tooth);
+        // One read per outline: its eight keys read as the file's would.
+        const fw::IniSection section(settingsFile, ini::Tooth(quadrant, tooth));
         POINT* row = s_polygons[8 * (quadrant - 1) + (tooth - 1)];
         for (unsigned v = 1; v <= 4; ++v) {
-            row[v - 1].x = ini.Int(section, ("PolygonX" + std::to_string(v)).c_str(), 0);
-            row[v - 1].y = ini.Int(section, ("PolygonY" + std::to_string(v)).c_str(), 0);
+            row[v - 1].x = section.Int(("PolygonX" + std::to_string(v)).c_str(), 0);
+            row[v - 1].y = section.Int(("PolygonY" + std::to_string(v)).c_str(), 0);
         }
     }
 }
@@ -113,12 +103,11 @@ void CToothChart::Init(CToothChartOwner* owner, const std::string& settingsFile)
         // In place, once: painting never stretches a picture.
         StretchBitmapInPlace(dc.get(), m_assigned[i].get(), m_dScaleX, m_dScaleY);
         StretchBitmapInPlace(dc.get(), m_highlight[i].get(), m_dScaleX, m_dScaleY);
-        m_assignedMask[i] = BlackMask(dc.get(), m_assigned[i].get());
-        m_highlightMask[i] = BlackMask(dc.get(), m_highlight[i].get());
     }
-    PrepareBackground(dc.get());
-    m_clip.reset(::CreateRectRgnIndirect(&m_rcClient));
     if (fw::IniFile(settingsFile).Int(ini::kDebug, "ShowRegions", 0)) m_bShowRegions = TRUE;
+    PrepareBackground(dc.get());
+    PreparePictures(dc.get());
+    m_layerValid = false;
 }
 
 LRESULT CToothChart::WindowProc(UINT msg, WPARAM wp, LPARAM lp) {
@@ -150,62 +139,122 @@ LRESULT CToothChart::WindowProc(UINT msg, WPARAM wp, LPARAM lp) {
     return Default(msg, wp, lp);
 }
 
+// Only the box of the update region is composed and copied: the paint DC
+// clips to the update region, so the pixels outside it stayed as they were
+// when the whole client area was composed, and inside it they are the same.
 void CToothChart::OnPaint() {
     fw::PaintDC paint(hwnd());
+    RECT area{};
+    if (!m_dentition || !::IntersectRect(&area, &paint.ps().rcPaint, &m_rcClient)) return;
+    HDC layer = AssignedLayer(paint.get());
+    HDC dc = m_frame.Prepare(paint.get(), {fw::Width(m_rcClient), fw::Height(m_rcClient)});
+    if (!layer || !dc) return;
+    ::BitBlt(dc, area.left, area.top, fw::Width(area), fw::Height(area), layer, area.left,
+             area.top, SRCCOPY);
+    // The green teeth lie over the highlight: drawn once more where it came.
+    if (PaintHover(dc, area)) PaintAssigned(dc, area);
+    m_frame.CopyTo(paint.get(), area);
+}
+
+// What every paint starts from: the background and the current take's teeth
+// in green over it, in the order painting always drew them. Made again only
+// when the teeth differ from those it shows, however they changed.
+HDC CToothChart::AssignedLayer(HDC reference) {
+    static const std::vector<BYTE> kNone;
+    const std::vector<BYTE>& teeth = m_pTake ? m_pTake->GetTeeth() : kNone;
+    if (m_layerValid && teeth == m_layerTeeth) return m_layer.dc();
+    m_layerValid = false;
+    HDC dc = m_layer.Prepare(reference, {fw::Width(m_rcClient), fw::Height(m_rcClient)});
+    if (!dc || !m_background) return nullptr;
+    m_background.CopyTo(dc, m_rcClient);
+    PaintAssigned(dc, m_rcClient);
+    m_layerTeeth = teeth;
+    m_layerValid = true;
+    return dc;
+}
+
+// The dentition stretched over the client area once, with the regions'
+// frames when they are shown: every paint then starts with a plain copy,
+// pixel for pixel what stretching and framing at each paint would give.
+void CToothChart::PrepareBackground(HDC reference) {
     const int cw = fw::Width(m_rcClient), ch = fw::Height(m_rcClient);
-    fw::OffscreenBuffer buffer(paint.get(), {0, 0, cw, ch});
-    if (!buffer || !m_dentition) return;
-    HDC dc = buffer.dc();
+    HDC dc = m_background.Prepare(reference, {cw, ch});
+    if (!dc || !m_dentition) return;
     {
-        fw::UniqueDC picture(::CreateCompatibleDC(paint.get()));
-        fw::SelectObj selected(picture.get(), m_background.get());
-        ::BitBlt(dc, 0, 0, cw, ch, picture.get(), 0, 0, SRCCOPY);
+        fw::UniqueDC picture(::CreateCompatibleDC(reference));
+        fw::SelectObj selected(picture.get(), m_dentition.get());
+        ::SetMapMode(dc, MM_ANISOTROPIC);
+        ::SetWindowExtEx(dc, m_szPicture.cx, m_szPicture.cy, nullptr);
+        ::SetViewportExtEx(dc, cw, ch, nullptr);
+        ::SetStretchBltMode(dc, COLORONCOLOR);
+        ::BitBlt(dc, 0, 0, m_szPicture.cx, m_szPicture.cy, picture.get(), 0, 0, SRCCOPY);
+        ::SetMapMode(dc, MM_TEXT);
     }
     if (m_bShowRegions) {
         fw::UniqueBrush frame(::CreateSolidBrush(0xFF0000));
         for (const fw::UniqueRgn& region : m_regions)
             if (region) ::FrameRgn(dc, region.get(), frame.get(), 1, 1);
     }
-    PaintHover(dc);
-    PaintAssigned(dc);
-    ::SelectClipRgn(paint.get(), m_clip.get());
-    buffer.Flush();
 }
 
-// The dentition stretched over the client area once: every paint then starts
-// with a plain copy, pixel for pixel what stretching at each paint would give.
-void CToothChart::PrepareBackground(HDC reference) {
-    const int cw = fw::Width(m_rcClient), ch = fw::Height(m_rcClient);
-    m_background.reset(::CreateCompatibleBitmap(reference, cw, ch));
-    if (!m_background || !m_dentition) return;
-    fw::UniqueDC picture(::CreateCompatibleDC(reference)), target(::CreateCompatibleDC(reference));
-    fw::SelectObj s1(picture.get(), m_dentition.get()), s2(target.get(), m_background.get());
-    HDC dc = target.get();
-    ::SetMapMode(dc, MM_ANISOTROPIC);
-    ::SetWindowExtEx(dc, m_szPicture.cx, m_szPicture.cy, nullptr);
-    ::SetViewportExtEx(dc, cw, ch, nullptr);
-    ::SetStretchBltMode(dc, COLORONCOLOR);
-    ::BitBlt(dc, 0, 0, m_szPicture.cx, m_szPicture.cy, picture.get(), 0, 0, SRCCOPY);
-    ::SetMapMode(dc, MM_TEXT);
-}
-
-// A tooth picture with its black background left out. Its mask was made once,
-// so this is two blits where a general transparent draw makes four bitmaps
-// per call; the pixels are the same.
-void CToothChart::DrawTooth(HDC dc, HBITMAP picture, HBITMAP mask, POINT at) {
-    BITMAP bm{};
-    if (!picture || !mask || !::GetObjectA(picture, sizeof bm, &bm)) return;
-    fw::UniqueDC source(::CreateCompatibleDC(dc));
-    {
-        fw::SelectObj selected(source.get(), mask);
-        const COLORREF bk = ::SetBkColor(dc, RGB(255, 255, 255));
-        const COLORREF text = ::SetTextColor(dc, RGB(0, 0, 0));
-        ::BitBlt(dc, at.x, at.y, bm.bmWidth, bm.bmHeight, source.get(), 0, 0, SRCAND);
-        ::SetBkColor(dc, bk);
-        ::SetTextColor(dc, text);
+// The tooth pictures, highlights first, copied row by row into one bitmap
+// (no selection of each), and the mask that is white where they are pure
+// black, made in one blit: per pixel what a mask of each picture gives.
+void CToothChart::PreparePictures(HDC reference) {
+    auto picture = [&](int k) {
+        return k < kTeeth ? m_highlight[k].get() : m_assigned[k - kTeeth].get();
+    };
+    LONG width = 0, height = 0;
+    for (int k = 0; k < 2 * kTeeth; ++k) {
+        BITMAP bm{};
+        m_pictureAt[k] = {};
+        if (!picture(k) || !::GetObjectA(picture(k), sizeof bm, &bm)) continue;
+        m_pictureAt[k] = {width, 0, width + bm.bmWidth, bm.bmHeight};
+        width += bm.bmWidth;
+        height = std::max(height, bm.bmHeight);
     }
-    fw::SelectObj selected(source.get(), picture);
-    ::BitBlt(dc, at.x, at.y, bm.bmWidth, bm.bmHeight, source.get(), 0, 0, SRCPAINT);
+    HDC pictures = m_pictures.Prepare(reference, {width, height});
+    HDC masks = m_masks.Prepare(reference, {width, height}, true);
+    if (!pictures || !masks) {
+        m_pictureAt = {};
+        return;
+    }
+    ::PatBlt(pictures, 0, 0, width, height, BLACKNESS);
+    std::vector<DWORD> pixels;
+    for (int k = 0; k < 2 * kTeeth; ++k) {
+        RECT& at = m_pictureAt[k];
+        const int w = fw::Width(at), h = fw::Height(at);
+        if (w <= 0 || h <= 0) continue;
+        BITMAPINFO info{};
+        info.bmiHeader = {sizeof(BITMAPINFOHEADER), w, -h, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+        pixels.resize(static_cast<size_t>(w) * h);
+        if (::GetDIBits(reference, picture(k), 0, h, pixels.data(), &info, DIB_RGB_COLORS) != h ||
+            !::SetDIBitsToDevice(pictures, at.left, at.top, w, h, 0, 0, 0, h, pixels.data(), &info,
+                                 DIB_RGB_COLORS))
+            at = {};
+    }
+    ::SetBkColor(pictures, RGB(0, 0, 0));
+    ::BitBlt(masks, 0, 0, width, height, pictures, 0, 0, SRCCOPY);
+}
+
+// Picture k (see m_pictureAt) with its black background left out, where it
+// meets `area`. Its mask was made once, so this is two blits where a general
+// transparent draw makes four bitmaps per call; the pixels are the same.
+// Non-black pixels replace what lies below: drawing a picture once more on
+// top changes nothing.
+void CToothChart::DrawTooth(HDC dc, int picture, POINT at, const RECT& area) const {
+    const RECT& from = m_pictureAt[picture];
+    const RECT whole{at.x, at.y, at.x + fw::Width(from), at.y + fw::Height(from)};
+    RECT r;
+    if (::IsRectEmpty(&from) || !::IntersectRect(&r, &whole, &area)) return;
+    const int w = fw::Width(r), h = fw::Height(r);
+    const int sx = from.left + r.left - at.x, sy = from.top + r.top - at.y;
+    const COLORREF bk = ::SetBkColor(dc, RGB(255, 255, 255));
+    const COLORREF text = ::SetTextColor(dc, RGB(0, 0, 0));
+    ::BitBlt(dc, r.left, r.top, w, h, m_masks.dc(), sx, sy, SRCAND);
+    ::SetBkColor(dc, bk);
+    ::SetTextColor(dc, text);
+    ::BitBlt(dc, r.left, r.top, w, h, m_pictures.dc(), sx, sy, SRCPAINT);
 }
 
 bool CToothChart::SideFor(POINT pt, bool bVertical) const {
@@ -213,12 +262,12 @@ bool CToothChart::SideFor(POINT pt, bool bVertical) const {
 }
 
 // The tooth under the cursor in grey, or while a sensor is dragged the teeth
-// under its footprint and the sensor's outline.
-void CToothChart::PaintHover(HDC dc) {
+// under its footprint and the sensor's outline; true when anything was drawn.
+bool CToothChart::PaintHover(HDC dc, const RECT& area) {
     POINT cursor;
     ::GetCursorPos(&cursor);
     ::ScreenToClient(hwnd(), &cursor);
-    if (!::PtInRect(&m_rcClient, cursor)) return;
+    if (!::PtInRect(&m_rcClient, cursor)) return false;
     const bool dragging = m_pOwner && m_pOwner->IsDragging();
     fw::UniqueRgn footprint, marker;
     bool hasFootprint = false, hasMarker = false;
@@ -229,41 +278,50 @@ void CToothChart::PaintHover(HDC dc) {
         hasFootprint = m_pOwner->GetDragRegion(footprint, cursor.x, cursor.y, side, m_dScaleX,
                                                m_dScaleY);
     }
+    bool drawn = false;
     for (int i = 0; i < kTeeth; ++i) {
         const RECT& box = m_boxes[i];
         if (dragging) {
-            if (hasFootprint && ::RectInRegion(footprint.get(), &box) && IsValidIndex(i))
-                DrawTooth(dc, m_highlight[i].get(), m_highlightMask[i].get(), {box.left, box.top});
+            if (hasFootprint && ::RectInRegion(footprint.get(), &box) && IsValidIndex(i)) {
+                DrawTooth(dc, i, {box.left, box.top}, area);
+                drawn = true;
+            }
             continue;
         }
         // Unlike a click, the first region under the cursor ends the search
         // even when its tooth cannot be chosen in this mode: kept, so the
         // highlight never shows a tooth hidden under another one.
         if (m_regions[i] && ::PtInRegion(m_regions[i].get(), cursor.x, cursor.y)) {
-            if (IsValidIndex(i))
-                DrawTooth(dc, m_highlight[i].get(), m_highlightMask[i].get(), {box.left, box.top});
+            if (IsValidIndex(i)) {
+                DrawTooth(dc, i, {box.left, box.top}, area);
+                drawn = true;
+            }
             break;
         }
     }
     HBRUSH black = static_cast<HBRUSH>(::GetStockObject(BLACK_BRUSH));
-    if (m_bShowRegions && footprint) ::FrameRgn(dc, footprint.get(), black, 2, 2);
-    if (dragging && hasMarker) ::FrameRgn(dc, marker.get(), black, 2, 2);
+    if (m_bShowRegions && footprint) drawn = ::FrameRgn(dc, footprint.get(), black, 2, 2) || drawn;
+    if (dragging && hasMarker) drawn = ::FrameRgn(dc, marker.get(), black, 2, 2) || drawn;
+    return drawn;
 }
 
 // The current take's teeth in green, also those this mode cannot choose.
-void CToothChart::PaintAssigned(HDC dc) const {
+void CToothChart::PaintAssigned(HDC dc, const RECT& area) const {
     if (!m_pTake) return;
     for (BYTE tooth : m_pTake->GetTeeth()) {
         const int i = ToothToIndex(tooth);
         if (i < 0 || i >= kTeeth) continue;  // tooth 0 of a trailing comma, or no tooth at all
-        DrawTooth(dc, m_assigned[i].get(), m_assignedMask[i].get(), {m_boxes[i].left, m_boxes[i].top});
+        DrawTooth(dc, kTeeth + i, {m_boxes[i].left, m_boxes[i].top}, area);
     }
 }
 
+// Without asking for WM_ERASEBKGND: the chart answers it without drawing,
+// so the request only cost a message (under Wine a message to a subclassed
+// window is several server calls).
 void CToothChart::InvalidateAround(POINT pt) const {
     const RECT r{pt.x - kRepaintReach, pt.y - kRepaintReach, pt.x + kRepaintReach,
                  pt.y + kRepaintReach};
-    Invalidate(&r, true);
+    Invalidate(&r, false);
 }
 
 void CToothChart::OnLButtonDown(POINT pt) {
@@ -277,11 +335,11 @@ void CToothChart::OnLButtonDown(POINT pt) {
 
 // Kept: only the square around the new position is repainted, so after a
 // jump of more than its reach the old highlight stays until something else
-// repaints there.
+// repaints there. (Over a tooth the square used to be invalidated twice; the
+// second time added nothing to the update region.)
 void CToothChart::OnMouseMove(POINT pt) {
     m_ptLast = pt;
     InvalidateAround(pt);
-    if (ToothAt(pt.x, pt.y) != kNoTooth) InvalidateAround(pt);
     ::UpdateWindow(hwnd());
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 #include "fw/Handle.h"
+#include "fw/OffscreenBuffer.h"
 #include "fw/Window.h"
 
 class CTake;
@@ -51,12 +52,14 @@ private:
     void OnLButtonDown(POINT pt);
     void OnMouseMove(POINT pt);
     void OnLButtonUp(POINT pt);
-    void PaintHover(HDC dc);
-    void PaintAssigned(HDC dc) const;
+    bool PaintHover(HDC dc, const RECT& area);
+    void PaintAssigned(HDC dc, const RECT& area) const;
+    HDC AssignedLayer(HDC reference);
     bool SideFor(POINT pt, bool bVertical) const;
     void InvalidateAround(POINT pt) const;
     void PrepareBackground(HDC reference);
-    static void DrawTooth(HDC dc, HBITMAP picture, HBITMAP mask, POINT at);
+    void PreparePictures(HDC reference);
+    void DrawTooth(HDC dc, int picture, POINT at, const RECT& area) const;
 
     // Raw outlines of the 32 teeth, four vertices each, shared by every chart
     // and refilled by each Init.
@@ -70,15 +73,24 @@ private:
     SIZE m_szPicture{};
     std::array<fw::UniqueRgn, kTeeth> m_regions;
     std::array<RECT, kTeeth> m_boxes{};
-    fw::UniqueRgn m_clip;
     BOOL m_bShowRegions = FALSE;
     std::array<fw::UniqueBitmap, kTeeth> m_highlight;
     std::array<fw::UniqueBitmap, kTeeth> m_assigned;
     fw::UniqueBitmap m_dentition;
-    // Made once in Init, for speed: the dentition already stretched to the
-    // client size, and a mask of each tooth picture's black background.
-    fw::UniqueBitmap m_background;
-    std::array<fw::UniqueBitmap, kTeeth> m_highlightMask;
-    std::array<fw::UniqueBitmap, kTeeth> m_assignedMask;
+    // Made in Init and kept, so that a paint creates no GDI object and selects
+    // no bitmap (under Wine a selection costs more than the drawing): the
+    // dentition stretched to the client size with the regions' frames, all
+    // tooth pictures side by side (highlights, then the green ones) with a
+    // mask of their black background, and where each picture lies there.
+    fw::OffscreenBuffer m_background;
+    fw::OffscreenBuffer m_pictures;
+    fw::OffscreenBuffer m_masks;
+    std::array<RECT, 2 * kTeeth> m_pictureAt{};
+    // The background with the green teeth of m_layerTeeth, made again when
+    // the take's teeth differ; and the buffer each paint composes in.
+    fw::OffscreenBuffer m_layer;
+    std::vector<BYTE> m_layerTeeth;
+    bool m_layerValid = false;
+    fw::OffscreenBuffer m_frame;
     POINT m_ptLast{};
 };

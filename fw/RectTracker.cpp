@@ -16,9 +16,28 @@ RECT RectTracker::TrueRect() const {
     return r;
 }
 
+// The tracker draws in device pixels. A caller in plain pixel mapping gets
+// its origins and background mode put back one by one: saving the whole DC
+// for every take would cost more than drawing it.
 void RectTracker::Draw(HDC dc) const {
-    const int saved = ::SaveDC(dc);
-    ::SetMapMode(dc, MM_TEXT);
+    if (::GetMapMode(dc) != MM_TEXT) {
+        const int saved = ::SaveDC(dc);
+        ::SetMapMode(dc, MM_TEXT);
+        DrawInPixels(dc);
+        ::RestoreDC(dc, saved);
+        return;
+    }
+    POINT viewport{}, window{};
+    ::GetViewportOrgEx(dc, &viewport);
+    ::GetWindowOrgEx(dc, &window);
+    const int background = ::GetBkMode(dc);
+    DrawInPixels(dc);
+    ::SetBkMode(dc, background);
+    ::SetWindowOrgEx(dc, window.x, window.y, nullptr);
+    ::SetViewportOrgEx(dc, viewport.x, viewport.y, nullptr);
+}
+
+void RectTracker::DrawInPixels(HDC dc) const {
     ::SetViewportOrgEx(dc, 0, 0, nullptr);
     ::SetWindowOrgEx(dc, 0, 0, nullptr);
     RECT r = m_rect;
@@ -36,7 +55,6 @@ void RectTracker::Draw(HDC dc) const {
         ::SetBkMode(dc, TRANSPARENT);
         for (const RECT& b : bands) ::FillRect(dc, &b, hatch.get());
     }
-    ::RestoreDC(dc, saved);
 }
 
 int RectTracker::HitTest(POINT pt) const {

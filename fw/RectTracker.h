@@ -29,6 +29,7 @@ protected:
 
 private:
     RECT TrueRect() const;
+    void DrawInPixels(HDC dc) const;
     static void DrawRubber(HWND wnd, const RECT& r);
 };
 

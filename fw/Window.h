@@ -1,7 +1,7 @@
 // A control of a dialog subclassed by one of our objects: the object does not
 // own the window; it stops dispatching and removes the subclass when the
-// window is destroyed. Each object subclasses under its own id, so several
-// objects may watch one window and leave independently.
+// window is destroyed. Several objects may watch one window and leave
+// independently; the newest sees a message first.
 #pragma once
 #include <windows.h>
 
@@ -29,8 +29,8 @@ protected:
     virtual void OnCaptureLost() {}
 
 private:
-    static LRESULT CALLBACK Proc(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
-    UINT_PTR Id() const { return reinterpret_cast<UINT_PTR>(this); }
+    static LRESULT CALLBACK Proc(HWND, UINT, WPARAM, LPARAM);
+    static LRESULT Dispatch(Window* self, UINT msg, WPARAM wp, LPARAM lp);
     HWND m_hwnd = nullptr;
 };
 

@@ -123,6 +123,11 @@ LRESULT CLayoutCanvas::WindowProc(UINT msg, WPARAM wp, LPARAM lp) {
     case WM_PAINT:
         OnPaint();
         return 0;
+    case WM_ERASEBKGND:
+        // Painting covers every pixel; the static control drew nothing here
+        // either (its erasing is left out, which under Wine costs a round of
+        // subclass calls).
+        return 1;
     case WM_NCHITTEST:
         // Without an owner the canvas is a picture: mouse input goes to the parent.
         if (!m_pOwner) return HTTRANSPARENT;
@@ -268,25 +273,23 @@ void CLayoutCanvas::OnPaint() {
         m_rcClient = client;
         BuildClipRegion();
     }
-    fw::UniqueBitmap picture(static_cast<HBITMAP>(::LoadImageA(
-        fw::Module::ResourceHandle(), MAKEINTRESOURCEA(IDB_LAYOUT), IMAGE_BITMAP, 0, 0, 0)));
-    BITMAP bm{};
-    ::GetObjectA(picture.get(), sizeof bm, &bm);
-    fw::UniqueDC memory(::CreateCompatibleDC(dc));
-    {
-        fw::SelectObj selPicture(memory.get(), picture.get());
-        ::SetBkMode(dc, TRANSPARENT);
-        ::SelectClipRgn(dc, m_clipRegion.get());
-        // The picture is stretched by the mapping mode, then one unit is one pixel again.
-        ::SetMapMode(dc, MM_ANISOTROPIC);
-        ::SetWindowExtEx(dc, bm.bmWidth, bm.bmHeight, nullptr);
-        ::SetViewportExtEx(dc, fw::Width(client), fw::Height(client), nullptr);
-        ::SetWindowOrgEx(dc, 0, 0, nullptr);
-        ::SetViewportOrgEx(dc, 0, 0, nullptr);
-        ::BitBlt(dc, 0, 0, bm.bmWidth, bm.bmHeight, memory.get(), 0, 0, SRCCOPY);
-        ::SetWindowExtEx(dc, fw::Width(client), fw::Height(client), nullptr);
-        ::SetViewportExtEx(dc, fw::Width(client), fw::Height(client), nullptr);
-    }
+    HDC background = Background(dc, client);
+    ::SetBkMode(dc, TRANSPARENT);
+    ::SelectClipRgn(dc, m_clipRegion.get());
+    if (background)
+        ::BitBlt(dc, 0, 0, fw::Width(client), fw::Height(client), background, 0, 0, SRCCOPY);
+    // The mapping the picture was stretched with, then one unit is one pixel
+    // again: the items are drawn in the state they always found.
+    ::SetMapMode(dc, MM_ANISOTROPIC);
+    ::SetWindowExtEx(dc, m_szPicture.cx, m_szPicture.cy, nullptr);
+    ::SetViewportExtEx(dc, fw::Width(client), fw::Height(client), nullptr);
+    ::SetWindowOrgEx(dc, 0, 0, nullptr);
+    ::SetViewportOrgEx(dc, 0, 0, nullptr);
+    ::SetWindowExtEx(dc, fw::Width(client), fw::Height(client), nullptr);
+    ::SetViewportExtEx(dc, fw::Width(client), fw::Height(client), nullptr);
+    // The items' font, selected once for all of them; an item selects it
+    // itself only where it is not selected yet.
+    fw::SelectObj font(dc, TheSettings().GetFont());
     for (const auto& t : m_trackers) {
         t->Draw(dc);
         t->Paint(dc, m_bOrderMode != 0, m_bShowOnlyActive != 0, m_clipRegion.get());
@@ -295,6 +298,42 @@ void CLayoutCanvas::OnPaint() {
         m_pSelected->Draw(dc);
         m_pSelected->Paint(dc, m_bOrderMode != 0, m_bShowOnlyActive != 0, m_clipRegion.get());
     }
+}
+
+// The layout picture stretched to the client size, as painting used to
+// stretch it into the window at every paint: loaded once (the same resource
+// gives the same picture) and stretched again only when the size changes, in
+// the same mapping and stretch mode, so each paint copies the same pixels.
+HDC CLayoutCanvas::Background(HDC reference, const RECT& client) {
+    const SIZE size{fw::Width(client), fw::Height(client)};
+    if (m_background && size.cx == m_szBackground.cx && size.cy == m_szBackground.cy)
+        return m_background.dc();
+    if (!m_picture) {
+        // Without it a paint draws no background; the next one tries again.
+        m_picture.reset(static_cast<HBITMAP>(::LoadImageA(fw::Module::ResourceHandle(),
+                                                          MAKEINTRESOURCEA(IDB_LAYOUT),
+                                                          IMAGE_BITMAP, 0, 0, 0)));
+        BITMAP bm{};
+        if (!m_picture || !::GetObjectA(m_picture.get(), sizeof bm, &bm)) {
+            m_picture.reset();
+            return nullptr;
+        }
+        m_szPicture = {bm.bmWidth, bm.bmHeight};
+    }
+    HDC dc = m_background.Prepare(reference, size);
+    m_szBackground = size;
+    if (!dc) return nullptr;
+    fw::UniqueDC memory(::CreateCompatibleDC(reference));
+    fw::SelectObj selPicture(memory.get(), m_picture.get());
+    ::SetBkMode(dc, TRANSPARENT);
+    ::SetMapMode(dc, MM_ANISOTROPIC);
+    ::SetWindowExtEx(dc, m_szPicture.cx, m_szPicture.cy, nullptr);
+    ::SetViewportExtEx(dc, size.cx, size.cy, nullptr);
+    ::SetWindowOrgEx(dc, 0, 0, nullptr);
+    ::SetViewportOrgEx(dc, 0, 0, nullptr);
+    ::BitBlt(dc, 0, 0, m_szPicture.cx, m_szPicture.cy, memory.get(), 0, 0, SRCCOPY);
+    ::SetMapMode(dc, MM_TEXT);
+    return dc;
 }
 
 BOOL CLayoutCanvas::RenderThumbnail(fw::UniqueBitmap& bitmap) {

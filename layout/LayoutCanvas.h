@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 #include "fw/Handle.h"
+#include "fw/OffscreenBuffer.h"
 #include "fw/Window.h"
 #include "layout/LayoutMenu.h"
 #include "layout/TakeTracker.h"
@@ -48,6 +49,7 @@ private:
     void BuildClipRegion();
     void BuildMenu();
     void OnPaint();
+    HDC Background(HDC reference, const RECT& client);
     void OnLButtonDown(POINT pt);
     void AssignOrder();
     void MoveSelected(POINT pt);
@@ -63,6 +65,12 @@ private:
     std::unique_ptr<CLayoutMenu> m_pMenu;
     RECT m_rcClient{};
     fw::UniqueRgn m_clipRegion;
+    // The layout picture, loaded at the first paint, and stretched to the
+    // client size (m_szBackground) in a kept buffer.
+    fw::UniqueBitmap m_picture;
+    SIZE m_szPicture{};
+    fw::OffscreenBuffer m_background;
+    SIZE m_szBackground{};
     BOOL m_bOrderMode = FALSE;
     int m_nNextOrderPlace = 0;
     BOOL m_bShowOnlyActive = FALSE;

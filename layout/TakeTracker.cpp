@@ -13,8 +13,6 @@ CTakeTracker::CTakeTracker(CLayoutCanvas* canvas, CTake* take, bool bSelected)
     SetTake(take);
     m_nStyle = bSelected ? hatchedBorder : solidLine;
     const CSettings& s = TheSettings();
-    m_crActive = s.GetActiveColor();
-    m_crInactive = s.GetInactiveColor();
     m_dragBrush.reset(::CreateSolidBrush(s.GetDragColor()));
     // Black with a white label until Paint finds the take's holder. Looking
     // the holder up by its raw number here, as an index, would find the wrong
@@ -122,9 +120,6 @@ bool CTakeTracker::BuildOutline(fw::UniqueRgn& region) const {
 }
 
 void CTakeTracker::Paint(HDC dc, bool bOrderMode, bool bShowOnlyActive, HRGN clip) {
-    fw::UniqueBrush black(::CreateSolidBrush(RGB(0, 0, 0)));
-    fw::UniqueBrush active(::CreateSolidBrush(m_crActive));
-    fw::UniqueBrush inactive(::CreateSolidBrush(m_crInactive));
     if (m_bTracking || !m_pTake) return;
     Recalc();
     // The settings may have been loaded again since the take was set (a
@@ -136,24 +131,33 @@ void CTakeTracker::Paint(HDC dc, bool bOrderMode, bool bShowOnlyActive, HRGN cli
         m_crFill = m_bSelected ? h->GetColor() : h->GetInactiveColor();
         m_crText = h->GetTextColor();
     }
-    // The item's fill is black whatever the active and inactive colours are:
-    // the black brush is selected over the colour brush before drawing.
-    fw::SelectObj colourBrush(dc, m_bSelected ? active.get() : inactive.get());
-    fw::SelectObj blackBrush(dc, black.get());
+    // The item's fill is black whatever the active and inactive colours are.
+    // A brush of the active or inactive colour used to be selected and at
+    // once covered by a new black one, before anything was drawn: the stock
+    // black brush paints the same pixels.
+    fw::SelectObj blackBrush(dc, ::GetStockObject(BLACK_BRUSH));
     ::Rectangle(dc, m_rcItem.left, m_rcItem.top, m_rcItem.right, m_rcItem.bottom);
     fw::UniqueRgn outline;
     if (m_pSensor && BuildOutline(outline)) {
-        fw::UniqueBrush fill(::CreateSolidBrush(m_crFill));
-        ::FillRgn(dc, outline.get(), fill.get());
+        // Kept while the colour stays: the same brush, made once.
+        if (!m_fillBrush || m_crFillBrush != m_crFill) {
+            m_fillBrush.reset(::CreateSolidBrush(m_crFill));
+            m_crFillBrush = m_crFill;
+        }
+        ::FillRgn(dc, outline.get(), m_fillBrush.get());
     }
-    fw::SelectObj font(dc, m_hFont);
+    // The canvas selects the font once for all its items: selecting it again
+    // would only cost time (under Wine a font selection is slow).
+    fw::SelectObj font(dc, ::GetCurrentObject(dc, OBJ_FONT) == m_hFont ? nullptr : m_hFont);
+    // The caller's clipping is put back where a label too wide for its item
+    // changed it; elsewhere it still is `clip`, which the canvas selected.
     if (!bShowOnlyActive || m_bSelected) {
-        PaintLabel(dc, bOrderMode);
-        ::SelectClipRgn(dc, clip);
+        if (PaintLabel(dc, bOrderMode)) ::SelectClipRgn(dc, clip);
     }
 }
 
-void CTakeTracker::PaintLabel(HDC dc, bool bOrderMode) {
+// True when the label was clipped to the item.
+bool CTakeTracker::PaintLabel(HDC dc, bool bOrderMode) {
     const std::string text = bOrderMode ? std::to_string(m_pTake->GetPosition() + 1)
                                         : m_pTake->GetToothLabel();
     SIZE ext{};
@@ -165,10 +169,12 @@ void CTakeTracker::PaintLabel(HDC dc, bool bOrderMode) {
     if (x + ext.cx > clientW) x = clientW - ext.cx - 1;
     if (x < 0) x = 0;
     const int y = m_rcItem.top + 1;
-    if (ext.cx >= itemW) {
+    const bool clipped = ext.cx >= itemW;
+    if (clipped) {
         fw::UniqueRgn itemClip(::CreateRectRgnIndirect(&m_rect));
         ::SelectClipRgn(dc, itemClip.get());
     }
     ::TextOutA(dc, x, y, text.c_str(), static_cast<int>(text.size()));
     ::SetTextColor(dc, oldColor);
+    return clipped;
 }

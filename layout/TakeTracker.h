@@ -39,7 +39,7 @@ private:
     // Client rectangle and layout scales from the canvas as it is now.
     void ScaleToCanvas();
     template <typename Op> void Transform(Op op);
-    void PaintLabel(HDC dc, bool bOrderMode);
+    bool PaintLabel(HDC dc, bool bOrderMode);
     bool BuildOutline(fw::UniqueRgn& region) const;
 
     CLayoutCanvas* m_pCanvas;
@@ -52,8 +52,9 @@ private:
     RECT m_rcItem{};
     CTake* m_pTake = nullptr;
     const CSensor* m_pSensor = nullptr;
-    COLORREF m_crActive = 0, m_crInactive = 0;
     COLORREF m_crFill = 0, m_crText = 0;
     HFONT m_hFont = nullptr;
     fw::UniqueBrush m_dragBrush;
+    fw::UniqueBrush m_fillBrush;  // of m_crFillBrush
+    COLORREF m_crFillBrush = 0;
 };

@@ -18,11 +18,17 @@ bool CTakeListCtrl::Init(CTakeListOwner* pOwner) {
     if (!icons) return false;
     // The image of each entry as the list gives it back: an icon that could
     // not be added must not shift the pictures of the entries after it.
+    // An entry's icon is the one of its orientation, so each of the two is
+    // added once and shared by its entries: the list shows the same pictures,
+    // and adding an icon is the slow part of opening the designer.
     std::vector<int> images(count, -1);
+    int byOrientation[2] = {-1, -1};
     for (int i = 0; i < count; ++i) {
         const CSensor* entry = settings.GetPaletteEntry(i);
-        if (entry && entry->GetIcon())
-            images[i] = ::ImageList_ReplaceIcon(icons.get(), -1, entry->GetIcon());
+        if (!entry || !entry->GetIcon()) continue;
+        int& image = byOrientation[entry->IsVertical()];
+        if (image < 0) image = ::ImageList_ReplaceIcon(icons.get(), -1, entry->GetIcon());
+        images[i] = image;
     }
     SetImageList(std::move(icons), LVSIL_NORMAL);
 

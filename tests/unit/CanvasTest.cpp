@@ -5,6 +5,7 @@
 #include "Fixtures.h"
 #include "layout/LayoutCanvas.h"
 #include "layout/LayoutOwner.h"
+#include "res/resource.h"
 #include "templates/Template.h"
 #include "ui/TakeDlg.h"
 
@@ -22,8 +23,8 @@ public:
 // A popup holding a static control of the given client size, as a dialog does.
 class CanvasWindow {
 public:
-    CanvasWindow(int w, int h) {
-        m_popup = CreateWindowExA(0, "STATIC", "", WS_POPUP | WS_VISIBLE, 0, 0, w + 40, h + 40,
+    CanvasWindow(int w, int h, int x = 0) {
+        m_popup = CreateWindowExA(0, "STATIC", "", WS_POPUP | WS_VISIBLE, x, 0, w + 40, h + 40,
                                   nullptr, nullptr, nullptr, nullptr);
         m_control = CreateWindowExA(0, "STATIC", "", WS_CHILD | WS_VISIBLE | SS_NOTIFY, 0, 0, w,
                                     h, m_popup, nullptr, nullptr, nullptr);
@@ -237,6 +238,84 @@ TEST_F(Canvas, MovedTakeFollowsTheMouseInsideTheArea) {
     EXPECT_EQ(70, r.left) << "never left of the layout area";
     EXPECT_EQ(50, r.top);
     EXPECT_EQ(t, canvas.GetSelectedTracker());
+}
+
+// What a window holds now, as the last repaints left it.
+std::vector<DWORD> Read(HWND window) {
+    RECT r;
+    GetClientRect(window, &r);
+    fw::WindowDC screen(window);
+    fw::UniqueDC memory(CreateCompatibleDC(screen.get()));
+    fw::UniqueBitmap bmp(CreateCompatibleBitmap(screen.get(), r.right, r.bottom));
+    {
+        fw::SelectObj sel(memory.get(), bmp.get());
+        BitBlt(memory.get(), 0, 0, r.right, r.bottom, screen.get(), 0, 0, SRCCOPY);
+    }
+    int w, h;
+    return testing_support::BitmapPixels(bmp.get(), w, h);
+}
+
+// The layout picture stretched to w x h as a plain StretchBlt does it.
+std::vector<DWORD> Stretched(int w, int h) {
+    fw::WindowDC screen(nullptr);
+    fw::UniqueBitmap picture(LoadBitmapA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(IDB_LAYOUT)));
+    fw::UniqueBitmap result(CreateCompatibleBitmap(screen.get(), w, h));
+    BITMAP bm{};
+    GetObjectA(picture.get(), sizeof bm, &bm);
+    {
+        fw::UniqueDC from(CreateCompatibleDC(screen.get())), to(CreateCompatibleDC(screen.get()));
+        fw::SelectObj s1(from.get(), picture.get()), s2(to.get(), result.get());
+        StretchBlt(to.get(), 0, 0, w, h, from.get(), 0, 0, bm.bmWidth, bm.bmHeight, SRCCOPY);
+    }
+    int pw, ph;
+    return testing_support::BitmapPixels(result.get(), pw, ph);
+}
+
+// Without takes the canvas shows the layout picture stretched to it.
+// Repainting only some of it (the picture is stretched once and copied) leaves
+// what a full repaint shows; a resized canvas shows what one made at that
+// size shows; painting keeps no GDI object beyond those of its first paint.
+TEST_F(Canvas, PartialRepaintsShowWhatAFullOneShows) {
+    const HWND control = window.control();
+    auto full = [&] {
+        RedrawWindow(control, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+        return Read(control);
+    };
+    EXPECT_EQ(Stretched(256, 192), full());
+    tpl.AddTake(NewTake({11}, 100, 100));
+    tpl.AddTake(NewTake({21, 22}, 600, 400, 0));
+    tpl.AddTake(NewTake({31}, 150, 160));  // over the first
+    canvas.SetTemplate(&tpl);
+    const auto shown = full();
+    const int objects = testing_support::GdiObjectCount();
+    canvas.SelectAt({30, 30});  // repaints the two items whose selection changed
+    auto left = Read(control);
+    EXPECT_EQ(full(), left);
+    for (RECT r : {RECT{3, 7, 50, 41}, RECT{100, 60, 181, 150}, RECT{255, 191, 256, 192}}) {
+        InvalidateRect(control, &r, TRUE);
+        UpdateWindow(control);
+        left = Read(control);
+        EXPECT_EQ(full(), left) << r;
+    }
+    const auto before = full();
+    // Kept: the first repaint after a resize draws the borders where the items
+    // were before it; the second one is compared.
+    SetWindowPos(control, nullptr, 0, 0, 280, 220, SWP_NOMOVE | SWP_NOZORDER);
+    full();
+    const auto resized = full();
+    SetWindowPos(control, nullptr, 0, 0, 256, 192, SWP_NOMOVE | SWP_NOZORDER);
+    full();
+    EXPECT_EQ(before, full()) << "stretched again at the old size";
+    EXPECT_NE(shown, before) << "the first take came to the top";
+    EXPECT_EQ(objects, testing_support::GdiObjectCount());
+    CanvasWindow same(280, 220, 400);
+    CLayoutCanvas made;
+    ASSERT_TRUE(made.Subclass(same.control()));
+    made.Init(&owner, &noFile);
+    made.SetTemplate(&tpl);
+    made.SelectAt({35, 35});  // the first take, brought to the top as above
+    RedrawWindow(same.control(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    EXPECT_EQ(Read(same.control()), resized) << "as if made at the new size";
 }
 
 TEST(TakeDialogPicture, ReducedByOneFactorAndCentred) {

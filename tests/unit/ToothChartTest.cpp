@@ -122,10 +122,14 @@ protected:
         SendMouse(MOUSEEVENTF_LEFTDOWN);
         SendMouse(MOUSEEVENTF_LEFTUP);
     }
-    // What the chart shows now, read from its window; kept as a picture
-    // for the documentation when a file name is given.
+    // What the chart shows after a full repaint, read from its window; kept
+    // as a picture for the documentation when a file name is given.
     std::vector<DWORD> Shot(const char* keepAs = nullptr) {
         RedrawWindow(control, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        return Read(keepAs);
+    }
+    // What the window holds now, as the last repaints left it.
+    std::vector<DWORD> Read(const char* keepAs = nullptr) {
         const RECT r = chart->GetClientRect();
         fw::WindowDC screen(control);
         fw::UniqueDC mem(CreateCompatibleDC(screen.get()));
@@ -282,6 +286,47 @@ TEST_F(Chart, AssignedTeethShowGreenInEitherDentition) {
         if (g > r + 40 && g > b + 40 && PtInRect(&changed, p)) ++green;
     }
     EXPECT_GT(green, 50);
+    // Changed behind the chart's back, as the designer changes a take.
+    take.SetTeeth({});
+    EXPECT_EQ(none, Shot()) << "no green tooth is left";
+    take.SetTeeth({16});
+    EXPECT_EQ(shown, Shot());
+}
+
+// A move repaints just the square around the cursor: what it leaves in the
+// window is what a full repaint shows, also with green teeth (drawn over the
+// highlight) and while a sensor is dragged. Only a jump farther than the
+// square leaves the old highlight behind.
+TEST_F(Chart, MovesLeaveWhatAFullRepaintShows) {
+    const std::string shipped = testing_support::TestData() + "data\\Template\\Zemblax.ini";
+    OpenWith(testing_support::ReadText(shipped), 396, 200);
+    CTake take;
+    take.SetTeeth({12, 13, 15, 17, 27});  // 17 and 27 across the edges of some squares
+    chart->SetCurrentTake(&take);
+    MoveTo({395, 199});
+    const auto idle = Shot();
+    for (int i : {0, 1, 2, 3, 4, 5, 4, 8, 9}) {  // neighbours, each within the next square
+        MoveTo(Centre(i));
+        const auto left = Read();
+        EXPECT_EQ(Shot(), left) << i;
+    }
+    MoveTo(Centre(2));
+    EXPECT_EQ(idle, Read()) << "tooth 13 is green: its highlight lies under the green";
+    owner.dragging = true;
+    owner.index = 1;
+    SetCapture(control);
+    for (int i : {1, 2}) {
+        MoveTo(Centre(i));
+        const auto left = Read();
+        EXPECT_EQ(Shot(), left) << "dragging over " << i;
+    }
+    SendMouse(MOUSEEVENTF_LEFTUP);
+    MoveTo(Centre(7));
+    MoveTo(Centre(15));
+    const auto left = Read();
+    const RECT stale = Changed(Shot(), left);
+    EXPECT_FALSE(IsRectEmpty(&stale));
+    EXPECT_TRUE(Inside(stale, PictureRect(7))) << "tooth 18 stays grey until repainted";
 }
 
 TEST_F(Chart, ASensorDroppedOnTheChartCoversTheTeethUnderIt) {

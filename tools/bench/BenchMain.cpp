@@ -123,8 +123,21 @@ HWND StartRun(Bench& b, int index) {
     return preview;
 }
 
+// A repaint up to the screen.
 void Redraw(HWND window) {
     ::RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    floors::Settle();
+}
+
+// The repaint cycle of the window system alone, for the figures whose floor
+// is a blit.
+void NoteBareRepaint(Bench& b, HWND window) {
+    RECT r;
+    ::GetClientRect(window, &r);
+    const Samples bare = floors::BareRepaint(r.right, r.bottom, b.Repeats(200));
+    b.report.Note("a window whose paint only blits, " + std::to_string(r.right) + " x " +
+                      std::to_string(r.bottom) + ", repainted",
+                  bare.Median(), "what the window system costs alone");
 }
 
 void RunFigures(Bench& b) {
@@ -139,6 +152,7 @@ void RunFigures(Bench& b) {
         b.report.Row("preview repaint, 18 takes", Samples::Time(repeats, [&](int) { Redraw(preview); }),
                      "BitBlt of its client area", floors::Blit(canvas, client.right, client.bottom, repeats),
                      3.0);
+        NoteBareRepaint(b, canvas);
     }
     b.dll.Stop();
     if (!StartRun(b, 1)) return;
@@ -217,9 +231,11 @@ void MeasureOpenDesigner(DesignerSession& s, HWND dialog) {
     const POINT points[2] = {{c.right * 3 / 10, c.bottom / 4}, {c.right * 7 / 10, c.bottom / 4}};
     s.hover = Samples::Time(repeats, [&](int i) {
         ::SendMessageA(chart, WM_MOUSEMOVE, 0, MAKELPARAM(points[i % 2].x, points[i % 2].y));
+        floors::Settle();
     });
     b.report.Row("chart hover repaint " + std::to_string(c.right) + " x " + std::to_string(c.bottom),
                  s.hover, "BitBlt of the chart's size", floors::Blit(chart, c.right, c.bottom, repeats), 5.0);
+    NoteBareRepaint(b, chart);
     HWND palette = ::GetDlgItem(dialog, IDC_TAKE_LIST);
     RECT item{LVIR_BOUNDS};
     ::SendMessageA(palette, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&item));
@@ -228,6 +244,7 @@ void MeasureOpenDesigner(DesignerSession& s, HWND dialog) {
     s.drag = Samples::Time(repeats, [&](int i) {
         ::SendMessageA(chart, WM_MOUSEMOVE, MK_LBUTTON,
                        MAKELPARAM(points[i % 2].x, points[i % 2].y + c.bottom / 2));
+        floors::Settle();
     });
     ::SendMessageA(chart, WM_LBUTTONUP, 0, MAKELPARAM(-40, -40));  // dropped nowhere
     b.report.Row("drag-move repaint over the chart", s.drag, "BitBlt of the chart's size",

@@ -58,6 +58,14 @@ Samples PlainDialog(IdleDriver& driver, HMODULE dll, int resourceId, int control
     return samples;
 }
 
+void Settle() {
+    MSG msg;
+    while (::PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        ::TranslateMessage(&msg);
+        ::DispatchMessageW(&msg);
+    }
+}
+
 Samples Blit(HWND window, int w, int h, int repeats) {
     fw::WindowDC screen(nullptr);
     fw::UniqueDC memory(::CreateCompatibleDC(screen.get()));
@@ -65,13 +73,49 @@ Samples Blit(HWND window, int w, int h, int repeats) {
     fw::SelectObj select(memory.get(), picture.get());
     for (int y = 0; y < h; y += 8) ::PatBlt(memory.get(), 0, y, w, 4, y % 16 ? WHITENESS : BLACKNESS);
     return Samples::Time(repeats, [&](int i) {
-        // A repaint gets and releases its DC too: under Wine the release is
-        // what hands the pixels on to the display.
-        fw::WindowDC dc(window);
-        // Alternate the source so that no layer can skip an unchanged copy.
-        ::BitBlt(dc.get(), 0, 0, w, h, memory.get(), 0, i % 2 * 4, SRCCOPY);
-        ::GdiFlush();
+        {
+            fw::WindowDC dc(window);
+            // Alternate the source so that no layer can skip an unchanged copy.
+            ::BitBlt(dc.get(), 0, 0, w, h, memory.get(), 0, i % 2 * 4, SRCCOPY);
+        }
+        Settle();
     });
+}
+
+namespace {
+LRESULT CALLBACK BareProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    if (msg != WM_PAINT) return ::DefWindowProcA(hwnd, msg, wp, lp);
+    PAINTSTRUCT ps;
+    HDC dc = ::BeginPaint(hwnd, &ps);
+    auto memory = reinterpret_cast<HDC>(::GetWindowLongPtrA(hwnd, GWLP_USERDATA));
+    ::BitBlt(dc, ps.rcPaint.left, ps.rcPaint.top, ps.rcPaint.right - ps.rcPaint.left,
+             ps.rcPaint.bottom - ps.rcPaint.top, memory, ps.rcPaint.left, ps.rcPaint.top, SRCCOPY);
+    ::EndPaint(hwnd, &ps);
+    return 0;
+}
+}  // namespace
+
+Samples BareRepaint(int w, int h, int repeats) {
+    WNDCLASSA wc{};
+    wc.lpfnWndProc = BareProc;
+    wc.hInstance = ::GetModuleHandleA(nullptr);
+    wc.lpszClassName = "ZemblaxBenchBare";
+    ::RegisterClassA(&wc);
+    HWND window = ::CreateWindowExA(WS_EX_TOPMOST, wc.lpszClassName, "", WS_POPUP | WS_VISIBLE,
+                                    1280 - w, 0, w, h, nullptr, nullptr, wc.hInstance, nullptr);
+    fw::WindowDC screen(nullptr);
+    fw::UniqueDC memory(::CreateCompatibleDC(screen.get()));
+    fw::UniqueBitmap picture(::CreateCompatibleBitmap(screen.get(), w, h));
+    fw::SelectObj select(memory.get(), picture.get());
+    ::SetWindowLongPtrA(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(memory.get()));
+    Settle();
+    Samples s = Samples::Time(repeats, [&](int) {
+        ::InvalidateRect(window, nullptr, FALSE);
+        ::UpdateWindow(window);
+        Settle();
+    });
+    ::DestroyWindow(window);
+    return s;
 }
 
 Samples WriteFiles(const std::vector<std::string>& files, const std::string& scratch,

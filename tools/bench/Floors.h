@@ -15,9 +15,16 @@ namespace floors {
 // has painted, for a dialog timed that way).
 Samples PlainDialog(IdleDriver& driver, HMODULE dll, int resourceId, int control, int repeats,
                     const std::function<void(HWND)>& init = nullptr, bool untilPainted = false);
-// BitBlt of a w x h picture from a memory DC into the window's DC, got,
-// flushed and released as a repaint does.
+// Lets the thread go idle once. Wine hands a window's pixels to the display
+// only then, so a repaint is timed up to the screen by ending it so.
+void Settle();
+// BitBlt of a w x h picture from a memory DC into the window's DC, up to
+// the screen.
 Samples Blit(HWND window, int w, int h, int repeats);
+// A window of that size whose paint only blits a finished picture,
+// invalidated and repainted up to the screen: what a repaint costs the
+// window system alone.
+Samples BareRepaint(int w, int h, int repeats);
 // Writing (or reading) the given files' bytes with plain file calls.
 Samples WriteFiles(const std::vector<std::string>& files, const std::string& scratch, int repeats);
 Samples ReadFiles(const std::vector<std::string>& files, int repeats);
