@@ -3,8 +3,8 @@
 #include "chart/ToothChartOwner.h"
 #include "dib/Dib.h"
 #include "fw/Gdi.h"
-#include "fw/IniFile.h"
 #include "fw/IniSection.h"
+#include "fw/IniSnapshot.h"
 #include "fw/Module.h"
 #include "fw/OffscreenBuffer.h"
 #include "res/resource.h"
@@ -71,10 +71,9 @@ int CToothChart::ToothAt(int x, int y) const {
     return kNoTooth;
 }
 
-void CToothChart::LoadToothPolygons(int quadrant, const std::string& settingsFile) {
+void CToothChart::LoadToothPolygons(int quadrant, const fw::IniSnapshot& file) {
     for (unsigned tooth = 1; tooth <= 8; ++tooth) {
-        // One read per outline: its eight keys read as the file's would.
-        const fw::IniSection section(settingsFile, ini::Tooth(quadrant, tooth));
+        const fw::IniSection section = file.Section(ini::Tooth(quadrant, tooth));
         POINT* row = s_polygons[8 * (quadrant - 1) + (tooth - 1)];
         for (unsigned v = 1; v <= 4; ++v) {
             row[v - 1].x = section.Int(("PolygonX" + std::to_string(v)).c_str(), 0);
@@ -91,7 +90,9 @@ void CToothChart::Init(CToothChartOwner* owner, const std::string& settingsFile)
         m_dScaleX = static_cast<double>(fw::Width(m_rcClient)) / m_szPicture.cx;
         m_dScaleY = static_cast<double>(fw::Height(m_rcClient)) / m_szPicture.cy;
     }
-    for (int q = 1; q <= 4; ++q) LoadToothPolygons(q, settingsFile);
+    // The file read once for all outlines; their keys read as the system would.
+    const fw::IniSnapshot file(settingsFile);
+    for (int q = 1; q <= 4; ++q) LoadToothPolygons(q, file);
     for (int i = 0; i < kTeeth; ++i) {
         for (POINT& p : s_polygons[i]) {
             p.x = static_cast<LONG>(p.x * m_dScaleX);
@@ -104,7 +105,7 @@ void CToothChart::Init(CToothChartOwner* owner, const std::string& settingsFile)
         StretchBitmapInPlace(dc.get(), m_assigned[i].get(), m_dScaleX, m_dScaleY);
         StretchBitmapInPlace(dc.get(), m_highlight[i].get(), m_dScaleX, m_dScaleY);
     }
-    if (fw::IniFile(settingsFile).Int(ini::kDebug, "ShowRegions", 0)) m_bShowRegions = TRUE;
+    if (file.Section(ini::kDebug).Int("ShowRegions", 0)) m_bShowRegions = TRUE;
     PrepareBackground(dc.get());
     PreparePictures(dc.get());
     m_layerValid = false;

@@ -13,6 +13,9 @@
 
 class CTake;
 class CToothChartOwner;
+namespace fw {
+class IniSnapshot;
+}
 
 class CToothChart : public fw::Window {
 public:
@@ -35,7 +38,7 @@ public:
     static int ToothToIndex(BYTE tooth);
     BOOL IsValidIndex(UINT index) const;
     int ToothAt(int x, int y) const;
-    static void LoadToothPolygons(int quadrant, const std::string& settingsFile);
+    static void LoadToothPolygons(int quadrant, const fw::IniSnapshot& file);
 
     double GetScaleX() const { return m_dScaleX; }
     double GetScaleY() const { return m_dScaleY; }

@@ -82,8 +82,10 @@ std::string IniSection::ReadText(const std::string& file, const std::string& sec
     }
 }
 
-IniSection::IniSection(const std::string& file, const std::string& section) {
-    const std::string text = ReadText(file, section);
+IniSection::IniSection(const std::string& file, const std::string& section)
+    : IniSection(ReadText(file, section), FromText{}) {}
+
+IniSection::IniSection(const std::string& text, FromText) {
     for (size_t start = 0; start < text.size();) {
         size_t end = text.find('\0', start);
         if (end == std::string::npos) end = text.size();

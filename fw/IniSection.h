@@ -13,6 +13,10 @@ namespace fw {
 class IniSection {
 public:
     IniSection(const std::string& file, const std::string& section);
+    // From the section's lines as GetPrivateProfileSectionA gives them, each
+    // ended by '\0'.
+    struct FromText {};
+    IniSection(const std::string& text, FromText);
 
     // A line of the section. A line without '=' has no value: its key reads as
     // missing, and so does every later line of that key.

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include "fw/Gdi.h"
 #include "fw/IniSection.h"
+#include "fw/IniSnapshot.h"
 #include "settings/IniNames.h"
 #include "templates/LayoutSpace.h"
 #include "templates/Take.h"
@@ -55,16 +56,17 @@ bool CSettings::Load(const std::string& path) {
     if (!GetTextService().LoadText(m_strDefaultName, 32908, 1)) m_strDefaultName = "Noname";
     EndTexts();
 
-    // Each section is read once; its keys then read as the file's would.
-    ReadApplication(fw::IniSection(path, ini::kApplication));
+    // The file is read once; each section's keys then read as the system would.
+    const fw::IniSnapshot file(path);
+    ReadApplication(file.Section(ini::kApplication));
     if (m_nTakeDlgWidth < 342 || m_nTakeDlgHeight < 248 || m_nTakeDlgWidth > cxScreen ||
         m_nTakeDlgHeight > cyScreen) {
         m_nTakeDlgWidth = 342;
         m_nTakeDlgHeight = 248;
     }
-    ReadHolders(path);
-    if (!ReadSensors(path)) return false;
-    ReadDropPositions(path);
+    ReadHolders(file);
+    if (!ReadSensors(file)) return false;
+    ReadDropPositions(file);
     return true;
 }
 
@@ -83,9 +85,9 @@ void CSettings::ReadApplication(const fw::IniSection& app) {
     m_nTakeDlgHeight = app.Int("TakeDlgHeight", 248);
 }
 
-void CSettings::ReadHolders(const std::string& path) {
+void CSettings::ReadHolders(const fw::IniSnapshot& file) {
     for (int n = 1;; ++n) {
-        const fw::IniSection section(path, ini::Holder(n));
+        const fw::IniSection section = file.Section(ini::Holder(n));
         std::string name = section.Str("Name");
         if (name.empty()) break;
         auto holder = std::make_unique<CHolder>(name);
@@ -100,10 +102,10 @@ void CSettings::ReadHolders(const std::string& path) {
     }
 }
 
-bool CSettings::ReadSensors(const std::string& path) {
+bool CSettings::ReadSensors(const fw::IniSnapshot& file) {
     for (int n = 1;; ++n) {
         // One read serves the sensor and both of its palette entries.
-        const fw::IniSection section(path, ini::Sensor(n));
+        const fw::IniSection section = file.Section(ini::Sensor(n));
         if (section.Str("Name").empty()) return true;
         auto sensor = std::make_unique<CSensor>(false);
         auto horizontal = std::make_unique<CSensor>(false);
@@ -116,9 +118,9 @@ bool CSettings::ReadSensors(const std::string& path) {
     }
 }
 
-void CSettings::ReadDropPositions(const std::string& path) {
+void CSettings::ReadDropPositions(const fw::IniSnapshot& file) {
     for (int n = 0;; ++n) {
-        const fw::IniSection section(path, ini::DropPosition(n));
+        const fw::IniSection section = file.Section(ini::DropPosition(n));
         const std::string teeth = section.Str("Teeth");
         if (teeth.empty()) return;
         auto take = std::make_unique<CTake>();

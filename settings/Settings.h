@@ -13,6 +13,7 @@
 class CTake;
 namespace fw {
 class IniSection;
+class IniSnapshot;
 }
 
 class CSettings {
@@ -49,9 +50,9 @@ public:
 
 private:
     void ReadApplication(const fw::IniSection& app);
-    void ReadHolders(const std::string& path);
-    bool ReadSensors(const std::string& path);
-    void ReadDropPositions(const std::string& path);
+    void ReadHolders(const fw::IniSnapshot& file);
+    bool ReadSensors(const fw::IniSnapshot& file);
+    void ReadDropPositions(const fw::IniSnapshot& file);
 
     std::string m_strDefaultName;
     std::vector<std::unique_ptr<CHolder>> m_holders;

@@ -5,6 +5,7 @@
 #include "fw/Handle.h"
 #include "fw/IniFile.h"
 #include "fw/IniSection.h"
+#include "fw/IniSnapshot.h"
 #include "settings/IniNames.h"
 #include "settings/Settings.h"
 
@@ -151,9 +152,9 @@ bool CTemplate::Load(int number, const std::string& catalog) {
     // A file with more take sections than any template could have is read no
     // further than this, so a broken file cannot keep the module busy.
     constexpr int kMaxTakeSections = 256;
+    const fw::IniSnapshot takes(file);  // one read for all takes
     for (int k = 1; k <= kMaxTakeSections; ++k) {
-        // One read per take; its keys read as the file's would.
-        const fw::IniSection take(file, ini::Take(number, k));
+        const fw::IniSection take = takes.Section(ini::Take(number, k));
         if (take.Int("Sensor", 0) == 0) return true;
         auto t = std::make_unique<CTake>();
         if (!t->Read(take, k)) {
@@ -175,7 +176,8 @@ bool CTemplate::Save(HBITMAP thumbnail, const std::string& catalog, bool keepNum
     if (!keepNumber) {
         // The first number without a name; a deleted entry keeps its name.
         m_nNumber = 1;
-        while (!fw::IniSection(catalog, SectionName(m_nNumber)).Str("Name").empty()) ++m_nNumber;
+        const fw::IniSnapshot entries(catalog);
+        while (!entries.Section(SectionName(m_nNumber)).Str("Name").empty()) ++m_nNumber;
     }
     const std::string section = SectionName(m_nNumber);
     const std::string folder = FolderOf(catalog);

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include "fw/Beep.h"
 #include "fw/IniSection.h"
+#include "fw/IniSnapshot.h"
 #include "fw/Module.h"
 #include "hostlib/HostLibrary.h"
 #include "res/resource.h"
@@ -269,8 +270,9 @@ BOOL CConfigureDlg::SaveTemplateAs() {
 
 // Live entries up to the first without a name; any letter case, multibyte-aware.
 bool CConfigureDlg::NameIsTaken(const std::string& name) const {
+    const fw::IniSnapshot catalog(m_strCatalogPath);
     for (int n = 1;; ++n) {
-        const fw::IniSection section(m_strCatalogPath, ini::Template(n));
+        const fw::IniSection section = catalog.Section(ini::Template(n));
         const std::string entry = section.Str("Name");
         if (entry.empty()) return false;
         if (section.Int("Deleted", 0) != 0) continue;

@@ -4,6 +4,7 @@
 #include "dib/Dib.h"
 #include "fw/Beep.h"
 #include "fw/IniSection.h"
+#include "fw/IniSnapshot.h"
 #include "res/resource.h"
 #include "templates/Template.h"
 #include "text/TextService.h"
@@ -32,9 +33,9 @@ BOOL CSelectionDlg::OnInitDialog() {
     const RECT client = m_list.GetClientRect();
     m_list.InsertColumn(0, "", client.right - ::GetSystemMetrics(SM_CXVSCROLL));
 
+    const fw::IniSnapshot catalog(m_strCatalogPath);  // one read for all entries
     for (int n = 1;; ++n) {
-        // One read of the entry answers both keys.
-        const fw::IniSection entry(m_strCatalogPath, CTemplate::SectionName(n));
+        const fw::IniSection entry = catalog.Section(CTemplate::SectionName(n));
         std::string name = entry.Str("Name", "", 260);
         if (name.empty()) break;
         if (entry.Int("Deleted", 0)) continue;
@@ -63,11 +64,16 @@ void CSelectionDlg::LoadThumbnails() {
         fw::UniqueBitmap bitmap(dib ? DibToBitmap(dib.get(), nullptr) : nullptr);
         dib.reset();
         if (bitmap)
-            ::ImageList_AddMasked(m_thumbnails.get(), bitmap.get(), RGB(0, 0, 0));
+            AddImage(bitmap.get());
         else
             AddPlaceholder();
     }
 }
+
+// The thumbnail list has no mask, so adding with black as the mask colour
+// (which would blacken black pixels and build a mask only to drop it) keeps
+// exactly the pixels that a plain add keeps, at half the cost.
+void CSelectionDlg::AddImage(HBITMAP bitmap) { ::ImageList_Add(m_thumbnails.get(), bitmap, nullptr); }
 
 void CSelectionDlg::AddPlaceholder() {
     fw::WindowDC dc(hwnd());
@@ -77,20 +83,25 @@ void CSelectionDlg::AddPlaceholder() {
         fw::SelectObj sel(memory.get(), black.get());
         ::PatBlt(memory.get(), 0, 0, kThumbWidth, kThumbHeight, BLACKNESS);
     }
-    ::ImageList_AddMasked(m_thumbnails.get(), black.get(), RGB(0, 0, 0));
+    AddImage(black.get());
 }
 
 void CSelectionDlg::FillList(bool bThumbnails) {
+    // The list draws once, when it is filled: redrawn after every row, a
+    // catalog of hundreds of entries would take longer to list than to load.
+    ::SendMessageA(m_list.hwnd(), WM_SETREDRAW, FALSE, 0);
     m_list.DeleteAllItems();
     m_list.SetImageList(bThumbnails ? m_thumbnails.get() : m_textImages.get(), LVSIL_SMALL);
     for (size_t i = 0; i < m_names.size(); ++i) {
         const int index = static_cast<int>(i);
         m_list.InsertItem(index, m_names[i].c_str(), bThumbnails ? index : -1);
     }
+    ::SendMessageA(m_list.hwnd(), WM_SETREDRAW, TRUE, 0);
     if (!m_names.empty()) {
         m_list.EnsureVisible(0, true);
         m_list.SetSelection(0);
     }
+    m_list.Invalidate();
 }
 
 void CSelectionDlg::OnOK() {

@@ -24,6 +24,7 @@ protected:
 
 private:
     void LoadThumbnails();
+    void AddImage(HBITMAP bitmap);
     void AddPlaceholder();
     void FillList(bool bThumbnails);
 

@@ -8,6 +8,7 @@
 #include "TestSupport.h"
 #include "fw/Dialog.h"
 #include "fw/IniSection.h"
+#include "fw/IniSnapshot.h"
 #include "fw/ListView.h"
 #include "fw/OffscreenBuffer.h"
 #include "fw/PopupMenu.h"
@@ -318,6 +319,32 @@ TEST(SelectionDialog, DestroysEachOfItsImageListsOnce) {
 
 // Values the profile reader treats in ways of its own, read through one
 // section and through the system key by key, in the key's case and in capitals.
+// Each key of `lines` (and in capitals, and some absent ones) read from
+// section S of `file` by the system and by `section`.
+void CompareWithTheSystem(const std::string& file, const fw::IniSection& section,
+                          const std::vector<std::string>& lines) {
+    std::vector<std::string> keys = {"Absent", "Later", "Last"};
+    for (const std::string& line : lines) {
+        std::string key = line.substr(0, line.find('='));
+        key.erase(0, key.find_first_not_of(' '));
+        key.erase(key.find_last_not_of(' ') + 1);
+        keys.push_back(key);
+        std::transform(key.begin(), key.end(), key.begin(), ::toupper);
+        keys.push_back(key);
+    }
+    for (const std::string& key : keys) {
+        for (int def : {-7, 0})
+            EXPECT_EQ(static_cast<int>(GetPrivateProfileIntA("S", key.c_str(), def, file.c_str())),
+                      section.Int(key.c_str(), def))
+                << key << " with default " << def;
+        for (const char* def : {"", "'d' ", " d  "}) {
+            char buf[256];
+            GetPrivateProfileStringA("S", key.c_str(), def, buf, sizeof buf, file.c_str());
+            EXPECT_EQ(buf, section.Str(key.c_str(), def)) << key << " with default [" << def << "]";
+        }
+    }
+}
+
 TEST(IniSection, EveryKeyReadsAsTheSystemReadsIt) {
     std::vector<std::string> lines = {
         "Blank=   ", "Empty=", "  Spaced  =  two words  ", "Tabbed=\tx\t", "Control=\x01x",
@@ -346,28 +373,27 @@ TEST(IniSection, EveryKeyReadsAsTheSystemReadsIt) {
     testing_support::ScratchDir dir;
     const std::string file = dir.File("t.ini");
     testing_support::WriteText(file, text);
+    CompareWithTheSystem(file, fw::IniSection(file, "S"), lines);
 
-    const fw::IniSection section(file, "S");
-    std::vector<std::string> keys = {"Absent", "Later", "Last"};
+    // The same keys answered from one read of the whole file: in the plain
+    // form (text characters, every key with a value, comments and blank
+    // lines aside) the file is not read again.
+    std::vector<std::string> plain;
+    std::string plainText = "[Other]\r\nDouble=other\r\n\r\n; a comment\r\n[s]\r\n";
     for (const std::string& line : lines) {
-        std::string key = line.substr(0, line.find('='));
-        key.erase(0, key.find_first_not_of(' '));
-        key.erase(key.find_last_not_of(' ') + 1);
-        keys.push_back(key);
-        std::transform(key.begin(), key.end(), key.begin(), ::toupper);
-        keys.push_back(key);
+        if (line.find('=') == std::string::npos || line[0] == '=' || line.find('\x01') != line.npos)
+            continue;
+        plain.push_back(line);
+        plainText += line + "\r\n";
     }
-    for (const std::string& key : keys) {
-        for (int def : {-7, 0})
-            EXPECT_EQ(static_cast<int>(GetPrivateProfileIntA("S", key.c_str(), def, file.c_str())),
-                      section.Int(key.c_str(), def))
-                << key << " with default " << def;
-        for (const char* def : {"", "'d' ", " d  "}) {
-            char buf[256];
-            GetPrivateProfileStringA("S", key.c_str(), def, buf, sizeof buf, file.c_str());
-            EXPECT_EQ(buf, section.Str(key.c_str(), def)) << key << " with default [" << def << "]";
-        }
-    }
+    plainText += text.substr(text.find("Filler0"));
+    testing_support::WriteText(file, plainText);
+    const fw::IniSnapshot snapshot(file);
+    EXPECT_TRUE(snapshot.Whole());
+    CompareWithTheSystem(file, snapshot.Section("S"), plain);
+    EXPECT_TRUE(snapshot.Section("Missing").Empty());
+    testing_support::WriteText(file, plainText + "NoValue\r\n");
+    EXPECT_FALSE(fw::IniSnapshot(file).Whole()) << "a line the system reads its own way";
 }
 
 void Fill(HDC dc, RECT r, COLORREF color) {
