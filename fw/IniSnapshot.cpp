@@ -43,12 +43,13 @@ IniSnapshot::IniSnapshot(std::string file) : m_file(std::move(file)) {
         m_whole = Parse(bytes);
     else
         m_whole = missing;  // no file: every section is empty, as the system finds
-    if (!m_whole) m_sections.clear();
+    if (!m_whole) m_sections.clear(), m_lines.clear();
 }
 
 bool IniSnapshot::Parse(const std::string& bytes) {
     if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0) return false;  // the system decodes UTF-8
     std::string* current = nullptr;
+    std::vector<std::string>* currentLines = nullptr;
     bool inSection = false;
     for (size_t pos = 0; pos < bytes.size();) {
         size_t end = bytes.find('\n', pos);
@@ -58,6 +59,8 @@ bool IniSnapshot::Parse(const std::string& bytes) {
         if (!line.empty() && line.back() == '\r') line.pop_back();
         if (!std::all_of(line.begin(), line.end(), [](char c) { return PlainByte(c); })) return false;
         const size_t first = line.find_first_not_of(" \t");
+        const bool header = first != std::string::npos && line[first] == '[';
+        if (currentLines && !header) currentLines->push_back(line);
         if (first == std::string::npos) continue;
         if (line[first] == ';') continue;  // comments are no keys of a section read
         if (line[first] == '[') {
@@ -72,6 +75,7 @@ bool IniSnapshot::Parse(const std::string& bytes) {
             // here: the system compares other letters in any case too.
             const auto inserted = m_sections.emplace(Lower(name), std::string());
             current = inserted.second ? &inserted.first->second : nullptr;
+            currentLines = inserted.second ? &m_lines[Lower(name)] : nullptr;
             inSection = true;
             continue;
         }
@@ -82,6 +86,16 @@ bool IniSnapshot::Parse(const std::string& bytes) {
         if (current) *current += line + '\0';
     }
     return true;
+}
+
+bool IniSnapshot::SectionIs(const std::string& name, const std::vector<std::string>& lines) const {
+    if (!m_whole) return false;
+    const auto found = m_lines.find(Lower(name));
+    if (found == m_lines.end()) return false;
+    std::vector<std::string> kept = found->second;
+    while (!kept.empty() && kept.back().find_first_not_of(" \t") == std::string::npos)
+        kept.pop_back();  // the blank lines before the next header
+    return kept == lines;
 }
 
 IniSection IniSnapshot::Section(const std::string& name) const {

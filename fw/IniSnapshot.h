@@ -8,6 +8,7 @@
 #pragma once
 #include <string>
 #include <unordered_map>
+#include <vector>
 #include "fw/IniSection.h"
 
 namespace fw {
@@ -16,6 +17,9 @@ class IniSnapshot {
 public:
     explicit IniSnapshot(std::string file);
     IniSection Section(const std::string& name) const;
+    // True when the file was read whole and its section `name` is exactly
+    // these lines, comments included.
+    bool SectionIs(const std::string& name, const std::vector<std::string>& lines) const;
     bool Whole() const { return m_whole; }  // answered from the bytes read
 
 private:
@@ -25,6 +29,8 @@ private:
     bool m_whole = false;
     // Section text by lower-case name, as GetPrivateProfileSectionA gives it.
     std::unordered_map<std::string, std::string> m_sections;
+    // The same sections' lines as the file has them, comments and blanks too.
+    std::unordered_map<std::string, std::vector<std::string>> m_lines;
 };
 
 }  // namespace fw

@@ -173,10 +173,10 @@ bool CTemplate::Load(int number, const std::string& catalog) {
 // save writes written whole; any other file erased as before, then each take
 // written in one go.
 bool CTemplate::Save(HBITMAP thumbnail, const std::string& catalog, bool keepNumber) {
+    const fw::IniSnapshot entries(catalog);
     if (!keepNumber) {
         // The first number without a name; a deleted entry keeps its name.
         m_nNumber = 1;
-        const fw::IniSnapshot entries(catalog);
         while (!entries.Section(SectionName(m_nNumber)).Str("Name").empty()) ++m_nNumber;
     }
     const std::string section = SectionName(m_nNumber);
@@ -192,8 +192,10 @@ bool CTemplate::Save(HBITMAP thumbnail, const std::string& catalog, bool keepNum
         return false;
     }
     dib.reset();
-    // Replacing the entry's keys leaves the name alone, as erasing did.
-    fw::IniSection::Write(catalog, section, {{"Name", m_strName}});
+    // Replacing the entry's keys leaves the name alone, as erasing did. An
+    // entry that holds just this name already is what the write would leave.
+    if (!entries.SectionIs(section, {"Name=" + m_strName}))
+        fw::IniSection::Write(catalog, section, {{"Name", m_strName}});
     if (savedForm >= 0) {
         if (!WriteTakeFile(file, stored)) return false;
     } else {

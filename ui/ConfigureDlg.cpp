@@ -1,6 +1,7 @@
 #include "ui/ConfigureDlg.h"
 #include <mbstring.h>
 #include <cstdio>
+#include <cstring>
 #include "fw/Beep.h"
 #include "fw/IniSection.h"
 #include "fw/IniSnapshot.h"
@@ -79,7 +80,11 @@ void CConfigureDlg::UpdateTitle() {
     char caption[1024];
     std::snprintf(caption, sizeof caption, format.c_str(), m_strBaseTitle.c_str(),
                   m_pTemplate->GetName().c_str(), number, label.c_str());
-    ::SetWindowTextA(hwnd(), caption);
+    // Setting a caption redraws the frame; the same caption again changes
+    // nothing a user could see.
+    char shown[sizeof caption];
+    ::GetWindowTextA(hwnd(), shown, sizeof shown);
+    if (std::strcmp(shown, caption) != 0) ::SetWindowTextA(hwnd(), caption);
 }
 
 void CConfigureDlg::UpdateView() {

@@ -129,6 +129,13 @@ TEST_F(Catalog, DeleteMarksTheEntryAndSavingAgainClearsIt) {
     again.GetTake(0)->ToggleTooth(12);
     ASSERT_TRUE(again.Save(thumb.get(), Cat(), true));
     EXPECT_EQ("<missing>", IniString(Cat(), "Template1", "Deleted"));
+    // A note inside the entry goes with the next save too, as erasing took it.
+    std::string text = testing_support::ReadText(Cat());
+    text.replace(text.find("[Template1]"), 11, "[Template1]\r\n; note");
+    testing_support::WriteText(Cat(), text);
+    ASSERT_TRUE(again.Save(thumb.get(), Cat(), true));
+    EXPECT_EQ(std::string::npos, testing_support::ReadText(Cat()).find("; note"));
+    EXPECT_EQ("D", IniString(Cat(), "Template1", "Name"));
 }
 
 TEST_F(Catalog, ShrunkTemplateLeavesNoStaleSections) {
