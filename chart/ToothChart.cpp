@@ -24,6 +24,24 @@ HBITMAP LoadPicture(int id) {
     return ::LoadBitmapA(fw::Module::ResourceHandle(), MAKEINTRESOURCEA(id));
 }
 
+// A picture resource's packed bitmap, where the module keeps it; null for a
+// missing or impossible one.
+const BITMAPINFO* PictureResource(int id) {
+    const HMODULE module = fw::Module::ResourceHandle();
+    const HRSRC found = ::FindResourceA(module, MAKEINTRESOURCEA(id), MAKEINTRESOURCEA(2));
+    const HGLOBAL loaded = found ? ::LoadResource(module, found) : nullptr;
+    const auto* info = loaded ? static_cast<const BITMAPINFO*>(::LockResource(loaded)) : nullptr;
+    const DWORD size = found ? ::SizeofResource(module, found) : 0;
+    if (!info || size < sizeof(BITMAPINFOHEADER)) return nullptr;
+    const BITMAPINFOHEADER& h = info->bmiHeader;
+    if (h.biSize < sizeof h || h.biWidth <= 0 || h.biWidth > 4096 || h.biHeight == 0 ||
+        std::abs(h.biHeight) > 4096 || h.biCompression != BI_RGB || h.biBitCount > 32)
+        return nullptr;
+    const unsigned long long stride = (h.biWidth * static_cast<unsigned long long>(h.biBitCount) + 31) / 32 * 4;
+    const unsigned long long needed = h.biSize + DibColorTableSize(&h) + stride * std::abs(h.biHeight);
+    return needed <= size ? info : nullptr;
+}
+
 // The mouse may wander 150 pixels from a tooth before its highlight needs
 // repainting: the square around the cursor covers the largest tooth.
 constexpr int kRepaintReach = 150;
@@ -31,10 +49,6 @@ constexpr int kRepaintReach = 150;
 }  // namespace
 
 CToothChart::CToothChart() {
-    for (int i = 0; i < kTeeth; ++i) {
-        m_assigned[i].reset(LoadPicture(IDB_TOOTH_ASSIGNED_BASE + PermanentTooth(i)));
-        m_highlight[i].reset(LoadPicture(IDB_TOOTH_HIGHLIGHT_BASE + PermanentTooth(i)));
-    }
     // Loaded once and kept: painting only copies it.
     m_dentition.reset(LoadPicture(IDB_DENTITION));
     BITMAP bm{};
@@ -101,9 +115,6 @@ void CToothChart::Init(CToothChartOwner* owner, const std::string& settingsFile)
         m_regions[i].reset(::CreatePolygonRgn(s_polygons[i], 4, WINDING));
         m_boxes[i] = {};
         if (m_regions[i]) ::GetRgnBox(m_regions[i].get(), &m_boxes[i]);
-        // In place, once: painting never stretches a picture.
-        StretchBitmapInPlace(dc.get(), m_assigned[i].get(), m_dScaleX, m_dScaleY);
-        StretchBitmapInPlace(dc.get(), m_highlight[i].get(), m_dScaleX, m_dScaleY);
     }
     if (file.Section(ini::kDebug).Int("ShowRegions", 0)) m_bShowRegions = TRUE;
     PrepareBackground(dc.get());
@@ -198,41 +209,52 @@ void CToothChart::PrepareBackground(HDC reference) {
     }
 }
 
-// The tooth pictures, highlights first, copied row by row into one bitmap
-// (no selection of each), and the mask that is white where they are pure
-// black, made in one blit: per pixel what a mask of each picture gives.
+// The tooth pictures, highlights first, side by side in one bitmap, each in
+// a box of its resource's size and scaled once, here: painting never
+// stretches a picture. Each is stretched from its resource's pixels (put
+// into a bitmap of the screen's format one to one) into its box as a
+// picture loaded on its own and stretched in place would be: the same
+// stretch mode, size and top-left corner, the rest of the box black. The
+// mask, white where the pictures are pure black, is made in one blit.
 void CToothChart::PreparePictures(HDC reference) {
-    auto picture = [&](int k) {
-        return k < kTeeth ? m_highlight[k].get() : m_assigned[k - kTeeth].get();
-    };
+    std::array<const BITMAPINFO*, 2 * kTeeth> info{};
     LONG width = 0, height = 0;
     for (int k = 0; k < 2 * kTeeth; ++k) {
-        BITMAP bm{};
+        const int tooth = PermanentTooth(k % kTeeth);
+        info[k] = PictureResource(k < kTeeth ? IDB_TOOTH_HIGHLIGHT_BASE + tooth
+                                             : IDB_TOOTH_ASSIGNED_BASE + tooth);
         m_pictureAt[k] = {};
-        if (!picture(k) || !::GetObjectA(picture(k), sizeof bm, &bm)) continue;
-        m_pictureAt[k] = {width, 0, width + bm.bmWidth, bm.bmHeight};
-        width += bm.bmWidth;
-        height = std::max(height, bm.bmHeight);
+        if (!info[k]) continue;
+        const LONG w = info[k]->bmiHeader.biWidth, h = std::abs(info[k]->bmiHeader.biHeight);
+        m_pictureAt[k] = {width, 0, width + w, h};
+        width += w;
+        height = std::max(height, h);
     }
+    fw::OffscreenBuffer unscaled;
+    HDC original = unscaled.Prepare(reference, {width, height});
     HDC pictures = m_pictures.Prepare(reference, {width, height});
     HDC masks = m_masks.Prepare(reference, {width, height}, true);
-    if (!pictures || !masks) {
+    if (!original || !pictures || !masks) {
         m_pictureAt = {};
         return;
     }
     ::PatBlt(pictures, 0, 0, width, height, BLACKNESS);
-    std::vector<DWORD> pixels;
+    ::SetStretchBltMode(pictures, BLACKONWHITE);  // what a new DC stretches with
     for (int k = 0; k < 2 * kTeeth; ++k) {
         RECT& at = m_pictureAt[k];
         const int w = fw::Width(at), h = fw::Height(at);
         if (w <= 0 || h <= 0) continue;
-        BITMAPINFO info{};
-        info.bmiHeader = {sizeof(BITMAPINFOHEADER), w, -h, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-        pixels.resize(static_cast<size_t>(w) * h);
-        if (::GetDIBits(reference, picture(k), 0, h, pixels.data(), &info, DIB_RGB_COLORS) != h ||
-            !::SetDIBitsToDevice(pictures, at.left, at.top, w, h, 0, 0, 0, h, pixels.data(), &info,
-                                 DIB_RGB_COLORS))
+        const BYTE* bits = reinterpret_cast<const BYTE*>(info[k]) + info[k]->bmiHeader.biSize +
+                           DibColorTableSize(&info[k]->bmiHeader);
+        if (!::SetDIBitsToDevice(original, at.left, 0, w, h, 0, 0, 0, h, bits, info[k],
+                                 DIB_RGB_COLORS)) {
             at = {};
+            continue;
+        }
+        ::IntersectClipRect(pictures, at.left, at.top, at.right, at.bottom);
+        ::StretchBlt(pictures, at.left, at.top, static_cast<int>(w * m_dScaleX),
+                     static_cast<int>(h * m_dScaleY), original, at.left, 0, w, h, SRCCOPY);
+        ::SelectClipRgn(pictures, nullptr);
     }
     ::SetBkColor(pictures, RGB(0, 0, 0));
     ::BitBlt(masks, 0, 0, width, height, pictures, 0, 0, SRCCOPY);

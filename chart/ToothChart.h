@@ -77,8 +77,6 @@ private:
     std::array<fw::UniqueRgn, kTeeth> m_regions;
     std::array<RECT, kTeeth> m_boxes{};
     BOOL m_bShowRegions = FALSE;
-    std::array<fw::UniqueBitmap, kTeeth> m_highlight;
-    std::array<fw::UniqueBitmap, kTeeth> m_assigned;
     fw::UniqueBitmap m_dentition;
     // Made in Init and kept, so that a paint creates no GDI object and selects
     // no bitmap (under Wine a selection costs more than the drawing): the
