@@ -115,11 +115,12 @@ private:
 };
 
 // Shows the wait cursor for the lifetime of the object. Nested inside another
-// it does nothing: a loop that already shows it does not set it per item.
-// User-interface thread only.
+// it only puts the wait cursor back where something (a dialog in between)
+// replaced it: a loop that already shows it does not set it per item. The
+// outermost puts the old cursor back. User-interface thread only.
 class WaitCursor {
 public:
-    WaitCursor() : m_old(Depth()++ == 0 ? ::SetCursor(::LoadCursor(nullptr, IDC_WAIT)) : nullptr) {}
+    WaitCursor() : m_old(Show(Depth()++ == 0)) {}
     ~WaitCursor() {
         if (--Depth() == 0) ::SetCursor(m_old);
     }
@@ -127,6 +128,12 @@ public:
     WaitCursor& operator=(const WaitCursor&) = delete;
 
 private:
+    static HCURSOR Show(bool outermost) {
+        const HCURSOR wait = ::LoadCursor(nullptr, IDC_WAIT);
+        if (outermost) return ::SetCursor(wait);
+        if (::GetCursor() != wait) ::SetCursor(wait);
+        return nullptr;
+    }
     static int& Depth() {
         static int depth = 0;
         return depth;

@@ -17,6 +17,12 @@ std::string Lower(std::string s) {
 // text and the letters of the Windows Latin code page.
 bool PlainByte(unsigned char c) { return c == '\t' || (c >= 0x20 && c < 0x7F) || c >= 0xA0; }
 
+// Under another code page than the Windows Latin one, the system may read
+// letters beyond ASCII as parts of wider characters.
+bool IsAscii(const std::string& bytes) {
+    return std::all_of(bytes.begin(), bytes.end(), [](char c) { return (c & 0x80) == 0; });
+}
+
 // Files of settings and catalogs are small; a larger one is left to the system.
 constexpr DWORD kMaxBytes = 1 << 22;
 
@@ -39,7 +45,7 @@ bool ReadBytes(const std::string& path, std::string& bytes, bool& missing) {
 IniSnapshot::IniSnapshot(std::string file) : m_file(std::move(file)) {
     std::string bytes;
     bool missing = false;
-    if (ReadBytes(m_file, bytes, missing))
+    if (ReadBytes(m_file, bytes, missing) && (::GetACP() == 1252 || IsAscii(bytes)))
         m_whole = Parse(bytes);
     else
         m_whole = missing;  // no file: every section is empty, as the system finds
@@ -74,6 +80,8 @@ bool IniSnapshot::Parse(const std::string& bytes) {
             // Only the first section of a name is ever read. Names are ASCII
             // here: the system compares other letters in any case too.
             const auto inserted = m_sections.emplace(Lower(name), std::string());
+            m_last = Lower(name);
+            m_lastRepeated = !inserted.second;
             current = inserted.second ? &inserted.first->second : nullptr;
             currentLines = inserted.second ? &m_lines[Lower(name)] : nullptr;
             inSection = true;
@@ -88,8 +96,9 @@ bool IniSnapshot::Parse(const std::string& bytes) {
     return true;
 }
 
-bool IniSnapshot::SectionIs(const std::string& name, const std::vector<std::string>& lines) const {
-    if (!m_whole) return false;
+bool IniSnapshot::LastSectionIs(const std::string& name,
+                                const std::vector<std::string>& lines) const {
+    if (!m_whole || m_lastRepeated || Lower(name) != m_last) return false;
     const auto found = m_lines.find(Lower(name));
     if (found == m_lines.end()) return false;
     std::vector<std::string> kept = found->second;

@@ -17,9 +17,9 @@ class IniSnapshot {
 public:
     explicit IniSnapshot(std::string file);
     IniSection Section(const std::string& name) const;
-    // True when the file was read whole and its section `name` is exactly
-    // these lines, comments included.
-    bool SectionIs(const std::string& name, const std::vector<std::string>& lines) const;
+    // True when the file was read whole, its last section is `name`, no other
+    // has that name, and it holds exactly these lines, comments included.
+    bool LastSectionIs(const std::string& name, const std::vector<std::string>& lines) const;
     bool Whole() const { return m_whole; }  // answered from the bytes read
 
 private:
@@ -31,6 +31,8 @@ private:
     std::unordered_map<std::string, std::string> m_sections;
     // The same sections' lines as the file has them, comments and blanks too.
     std::unordered_map<std::string, std::vector<std::string>> m_lines;
+    std::string m_last;      // the last header's name, lower case
+    bool m_lastRepeated = false;
 };
 
 }  // namespace fw

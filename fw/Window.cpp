@@ -14,13 +14,26 @@ namespace {
 // (about 80 microseconds, more than the drawing of a hover repaint).
 struct Chain {
     WNDPROC original = nullptr;
+    bool unicode = false;  // the window keeps the character set it had
     std::vector<Window*> objects;
 };
 
-// User-interface thread only, like every window of the module.
+// User-interface thread only, like every window of the module. Never
+// destroyed: objects that outlive static destruction at unloading may still
+// look for their window.
 std::unordered_map<HWND, Chain>& Chains() {
-    static std::unordered_map<HWND, Chain> chains;
-    return chains;
+    static auto* chains = new std::unordered_map<HWND, Chain>;
+    return *chains;
+}
+
+LONG_PTR SetProc(HWND hwnd, bool unicode, LONG_PTR proc) {
+    return unicode ? ::SetWindowLongPtrW(hwnd, GWLP_WNDPROC, proc)
+                   : ::SetWindowLongPtrA(hwnd, GWLP_WNDPROC, proc);
+}
+
+LRESULT CallOriginal(const Chain& c, HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    return c.unicode ? ::CallWindowProcW(c.original, hwnd, msg, wp, lp)
+                     : ::CallWindowProcA(c.original, hwnd, msg, wp, lp);
 }
 
 }  // namespace
@@ -32,10 +45,11 @@ bool Window::Subclass(HWND hwnd) {
     if (!hwnd || !::IsWindow(hwnd)) return false;
     auto found = Chains().find(hwnd);
     if (found == Chains().end()) {
-        const auto original = reinterpret_cast<WNDPROC>(
-            ::SetWindowLongPtrW(hwnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Proc)));
+        const bool unicode = ::IsWindowUnicode(hwnd) != FALSE;
+        const auto original =
+            reinterpret_cast<WNDPROC>(SetProc(hwnd, unicode, reinterpret_cast<LONG_PTR>(Proc)));
         if (!original) return false;
-        found = Chains().emplace(hwnd, Chain{original, {}}).first;
+        found = Chains().emplace(hwnd, Chain{original, unicode, {}}).first;
     }
     found->second.objects.push_back(this);
     m_hwnd = hwnd;
@@ -50,10 +64,13 @@ void Window::Unsubclass() {
         objects.erase(std::remove(objects.begin(), objects.end(), this), objects.end());
         // The procedure goes back only while nobody subclassed on top of it;
         // otherwise it stays and passes everything on.
-        if (objects.empty() && !Module::Unloading() && ::IsWindow(m_hwnd) &&
-            ::GetWindowLongPtrW(m_hwnd, GWLP_WNDPROC) == reinterpret_cast<LONG_PTR>(Proc)) {
-            ::SetWindowLongPtrW(m_hwnd, GWLP_WNDPROC,
-                                reinterpret_cast<LONG_PTR>(found->second.original));
+        const bool onTop =
+            found->second.unicode
+                ? ::GetWindowLongPtrW(m_hwnd, GWLP_WNDPROC) == reinterpret_cast<LONG_PTR>(Proc)
+                : ::GetWindowLongPtrA(m_hwnd, GWLP_WNDPROC) == reinterpret_cast<LONG_PTR>(Proc);
+        if (objects.empty() && !Module::Unloading() && ::IsWindow(m_hwnd) && onTop) {
+            SetProc(m_hwnd, found->second.unicode,
+                    reinterpret_cast<LONG_PTR>(found->second.original));
             Chains().erase(found);
         }
     }
@@ -79,7 +96,7 @@ LRESULT Window::Default(UINT msg, WPARAM wp, LPARAM lp) {
     const auto& objects = found->second.objects;
     const auto me = std::find(objects.begin(), objects.end(), this);
     if (me == objects.begin() || me == objects.end())
-        return ::CallWindowProcW(found->second.original, m_hwnd, msg, wp, lp);
+        return CallOriginal(found->second, m_hwnd, msg, wp, lp);
     return Dispatch(*(me - 1), msg, wp, lp);
 }
 
@@ -89,24 +106,22 @@ LRESULT Window::Dispatch(Window* self, UINT msg, WPARAM wp, LPARAM lp) {
             self->OnCaptureLost();
         return self->WindowProc(msg, wp, lp);
     } catch (...) {
-        const auto found = Chains().find(self->m_hwnd);
-        return found == Chains().end()
-                   ? ::DefWindowProcW(self->m_hwnd, msg, wp, lp)
-                   : ::CallWindowProcW(found->second.original, self->m_hwnd, msg, wp, lp);
+        // The message still reaches the objects below and the control.
+        return self->m_hwnd ? self->Default(msg, wp, lp) : 0;
     }
 }
 
 LRESULT CALLBACK Window::Proc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
     const auto found = Chains().find(hwnd);
     if (found == Chains().end()) return ::DefWindowProcW(hwnd, msg, wp, lp);
-    const WNDPROC original = found->second.original;
     if (msg == WM_NCDESTROY) {
-        for (Window* w : found->second.objects) w->m_hwnd = nullptr;
+        const Chain chain = found->second;
+        for (Window* w : chain.objects) w->m_hwnd = nullptr;
         Chains().erase(found);
-        ::SetWindowLongPtrW(hwnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(original));
-        return ::CallWindowProcW(original, hwnd, msg, wp, lp);
+        SetProc(hwnd, chain.unicode, reinterpret_cast<LONG_PTR>(chain.original));
+        return CallOriginal(chain, hwnd, msg, wp, lp);
     }
-    if (found->second.objects.empty()) return ::CallWindowProcW(original, hwnd, msg, wp, lp);
+    if (found->second.objects.empty()) return CallOriginal(found->second, hwnd, msg, wp, lp);
     return Dispatch(found->second.objects.back(), msg, wp, lp);
 }
 

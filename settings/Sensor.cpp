@@ -7,10 +7,16 @@
 #include "res/resource.h"
 #include "settings/Settings.h"
 
-CSensor::CSensor(bool bVertical) : m_bVertical(bVertical) {
-    UINT id = bVertical ? IDI_SENSOR_VERTICAL : IDI_SENSOR_HORIZONTAL;
-    m_hIcon.reset(static_cast<HICON>(::LoadImageA(fw::Module::ResourceHandle(),
-                                                  MAKEINTRESOURCEA(id), IMAGE_ICON, 32, 32, 0)));
+CSensor::CSensor(bool bVertical) : m_bVertical(bVertical) {}
+
+HICON CSensor::GetIcon() const {
+    if (!m_bIconTried) {
+        m_bIconTried = true;
+        const UINT id = m_bVertical ? IDI_SENSOR_VERTICAL : IDI_SENSOR_HORIZONTAL;
+        m_hIcon.reset(static_cast<HICON>(::LoadImageA(
+            fw::Module::ResourceHandle(), MAKEINTRESOURCEA(id), IMAGE_ICON, 32, 32, 0)));
+    }
+    return m_hIcon.get();
 }
 
 namespace {

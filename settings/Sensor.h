@@ -21,7 +21,7 @@ public:
     bool Read(const fw::IniSection& section);
 
     const std::string& GetName() const { return m_strName; }
-    HICON GetIcon() const { return m_hIcon.get(); }
+    HICON GetIcon() const;
     UINT GetDimension() const { return m_nDimension; }
     SIZE GetPictureSize() const { return {m_nPictureWidth, m_nPictureHeight}; }
     bool IsVertical() const { return m_bVertical != 0; }
@@ -45,7 +45,10 @@ private:
     CPolygon m_outlines[4];
     CPolygon m_markers[4];
     BOOL m_bVertical;
-    fw::UniqueIcon m_hIcon;
+    // Loaded when first asked for: of the nine sensors a settings file makes,
+    // only the palette's ever show theirs.
+    mutable fw::UniqueIcon m_hIcon;
+    mutable bool m_bIconTried = false;
     BOOL m_bLoaded = FALSE;
     double m_dDimensionFactor = 1.0;
     double m_dWidthFactor = 1.0;

@@ -25,15 +25,10 @@ fw::IniSection::KeyValues CTake::SectionKeys() const {
 bool CTake::Write(int nTemplate, int nTake, const std::string& file) {
     if (!HasTeeth()) return false;
     const std::string s = ini::Take(nTemplate, nTake);
-    // Into a missing or empty section the keys land alone and in this order,
-    // whether written one by one or in one go; keys already there are kept
-    // and updated in place, as writing key by key always did.
-    if (fw::IniSection(file, s).Empty()) {
-        fw::IniSection::Write(file, s, SectionKeys());
-    } else {
-        const fw::IniFile ini(file);
-        for (const auto& [key, value] : SectionKeys()) ini.Write(s, key.c_str(), value);
-    }
+    // Key by key: a file that a save does not write whole may hold comments
+    // and repeated sections, which only these writes leave as they were.
+    const fw::IniFile ini(file);
+    for (const auto& [key, value] : SectionKeys()) ini.Write(s, key.c_str(), value);
     MarkSaved();
     return true;
 }

@@ -12,7 +12,7 @@
 namespace {
 
 fw::UniqueHandle OpenFile(const std::string& path, DWORD access, DWORD disposition) {
-    const DWORD share = access == GENERIC_READ ? FILE_SHARE_READ : 0;
+    const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE;  // as the system's own writer opens it
     const HANDLE h = ::CreateFileA(path.c_str(), access, share, nullptr, disposition,
                                    FILE_ATTRIBUTE_NORMAL, nullptr);
     return fw::UniqueHandle(h == INVALID_HANDLE_VALUE ? nullptr : h);
@@ -192,10 +192,13 @@ bool CTemplate::Save(HBITMAP thumbnail, const std::string& catalog, bool keepNum
         return false;
     }
     dib.reset();
-    // Replacing the entry's keys leaves the name alone, as erasing did. An
-    // entry that holds just this name already is what the write would leave.
-    if (!entries.SectionIs(section, {"Name=" + m_strName}))
-        fw::IniSection::Write(catalog, section, {{"Name", m_strName}});
+    // Erased and written anew, the entry becomes the file's last section and
+    // holds just the name: where it is that already, there is nothing to do.
+    if (!entries.LastSectionIs(section, {"Name=" + m_strName})) {
+        const fw::IniFile cat(catalog);
+        cat.EraseSection(section);
+        cat.Write(section, "Name", m_strName);
+    }
     if (savedForm >= 0) {
         if (!WriteTakeFile(file, stored)) return false;
     } else {

@@ -34,15 +34,17 @@ BOOL CSelectionDlg::OnInitDialog() {
     m_list.InsertColumn(0, "", client.right - ::GetSystemMetrics(SM_CXVSCROLL));
 
     const fw::IniSnapshot catalog(m_strCatalogPath);  // one read for all entries
+    std::vector<int> entries;
     for (int n = 1;; ++n) {
         const fw::IniSection entry = catalog.Section(CTemplate::SectionName(n));
         std::string name = entry.Str("Name", "", 260);
         if (name.empty()) break;
         if (entry.Int("Deleted", 0)) continue;
         m_names.push_back(std::move(name));
-        m_numbers.push_back(static_cast<BYTE>(n));
+        m_numbers.push_back(static_cast<BYTE>(n));  // what the host's BYTE keeps of it
+        entries.push_back(n);
     }
-    LoadThumbnails();
+    LoadThumbnails(entries);
     const bool thumbs = ::GetPrivateProfileIntA("SelectionDlg", "Mode", 0, m_strCatalogPath.c_str()) != 0;
     FillList(thumbs);
     ::CheckDlgButton(hwnd(), IDC_SELECTION_PREVIEW, thumbs ? BST_CHECKED : BST_UNCHECKED);
@@ -53,13 +55,13 @@ BOOL CSelectionDlg::OnInitDialog() {
 // The list is made for the whole catalog at once: grown one image at a time,
 // as its creation in the constructor asks, every addition would copy all
 // earlier thumbnails. It holds the same images in the same order either way.
-void CSelectionDlg::LoadThumbnails() {
-    const int count = static_cast<int>(m_numbers.size());
+void CSelectionDlg::LoadThumbnails(const std::vector<int>& entries) {
+    const int count = static_cast<int>(entries.size());
     m_thumbnails.reset(::ImageList_Create(kThumbWidth, kThumbHeight, ILC_COLOR24,
                                           count > 0 ? count : 1, 1));
     fw::WaitCursor wait;  // once for all thumbnails
     const std::string folder = CTemplate::FolderOf(m_strCatalogPath);
-    for (BYTE number : m_numbers) {
+    for (int number : entries) {
         fw::UniqueGlobal dib(ReadDibFile(folder + CTemplate::SectionName(number) + ".bmp"));
         fw::UniqueBitmap bitmap(dib ? DibToBitmap(dib.get(), nullptr) : nullptr);
         dib.reset();

@@ -23,7 +23,7 @@ protected:
     bool OnNotify(NMHDR* header, LRESULT& result) override;
 
 private:
-    void LoadThumbnails();
+    void LoadThumbnails(const std::vector<int>& entries);
     void AddImage(HBITMAP bitmap);
     void AddPlaceholder();
     void FillList(bool bThumbnails);
