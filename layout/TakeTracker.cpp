@@ -53,8 +53,12 @@ void CTakeTracker::ScaleToCanvas() {
 }
 
 void CTakeTracker::SetSelected(bool bSelected) {
+    const UINT style = bSelected ? hatchedBorder : solidLine;
+    // An item that keeps its look needs no repaint: deselecting all of a
+    // template's items would otherwise ask the window system once per item.
+    if ((m_bSelected != 0) == bSelected && m_nStyle == style) return;
     m_bSelected = bSelected;
-    m_nStyle = bSelected ? hatchedBorder : solidLine;
+    m_nStyle = style;
     InvalidateItem();
 }
 

@@ -257,18 +257,19 @@ void MeasureOpenDesigner(DesignerSession& s, HWND dialog) {
 }
 
 void MeasureSave(DesignerSession& s, HWND dialog) {
-    const int repeats = s.b.Repeats(15);
-    s.save32 = Samples::Time(repeats, [&](int) {
-        ::SendMessageA(dialog, WM_COMMAND, MAKEWPARAM(IDC_SAVE, BN_CLICKED),
-                       reinterpret_cast<LPARAM>(::GetDlgItem(dialog, IDC_SAVE)));
-    });
     const std::string folder = s.base + "Template\\";
+    const std::vector<std::string> files = {folder + "Template2.ini", folder + "Template2.bmp",
+                                            folder + "Zemblax.ini"};
+    Samples plainIo;
+    for (int i = 0; i < s.b.Repeats(21); ++i) {  // floor and figure take turns
+        s.save32.Add(Samples::Time(1, [&](int) {
+                         ::SendMessageA(dialog, WM_COMMAND, MAKEWPARAM(IDC_SAVE, BN_CLICKED),
+                                        reinterpret_cast<LPARAM>(::GetDlgItem(dialog, IDC_SAVE)));
+                     }).Median());
+        plainIo.Add(floors::WriteFiles(files, s.b.data.Thumbnail(s.base, 0) + ".scratch", 1).Median());
+    }
     s.b.report.Row("designer Save, 32 takes (thumbnail and files)", s.save32,
-                   "writing the same bytes (take file, thumbnail, catalog)",
-                   floors::WriteFiles({folder + "Template2.ini", folder + "Template2.bmp",
-                                       folder + "Zemblax.ini"},
-                                      s.b.data.Thumbnail(s.base, 0) + ".scratch", repeats),
-                   3.0);
+                   "writing the same bytes (take file, thumbnail, catalog)", plainIo, 3.0);
     s.b.report.Row("designer Open, 32 takes (from OK to ready)", s.open32,
                    "reading the same bytes (take file, catalog)",
                    floors::ReadFiles({folder + "Template2.ini", folder + "Zemblax.ini"}, 15));
@@ -311,10 +312,12 @@ void DesignerRound(DesignerSession& s, bool inside) {
 void DesignerFigures(Bench& b) {
     DesignerSession s{b, b.data.Base("designer", 2, 32, 18)};
     b.Use(s.base);
-    const int rounds = b.Repeats(9);
-    for (int i = 0; i < rounds; ++i) DesignerRound(s, i == 0);
-    const Samples plain = floors::PlainDialog(b.driver, b.dll.module(), IDD_CONFIGURE,
-                                              IDC_TOOTH_CHART, rounds);
+    Samples plain;
+    for (int i = 0; i < b.Repeats(11); ++i) {  // floor and figure take turns
+        plain.Add(floors::PlainDialog(b.driver, b.dll.module(), IDD_CONFIGURE, IDC_TOOTH_CHART, 1)
+                      .Median());
+        DesignerRound(s, i == 0);
+    }
     b.report.Row("Configure to the designer ready, empty template", s.ready,
                  "the same dialog with a plain procedure", plain);
     b.report.Row("designer ready with an 18-take template", s.ready18,
