@@ -62,10 +62,18 @@ TEST(SelectionThumbnails, EachEntryShowsItsOwnPicture) {
             SendMessageA(list, LVM_ENSUREVISIBLE, i, FALSE);
             RECT icon{LVIR_ICON};
             SendMessageA(list, LVM_GETITEMRECT, i, reinterpret_cast<LPARAM>(&icon));
+            // The list paints on its own thread: until it has, the spot shows
+            // the erased background, which no thumbnail here has.
             RedrawWindow(list, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
-            HDC dc = GetDC(list);
-            shown.push_back(GetPixel(dc, (icon.left + icon.right) / 2, (icon.top + icon.bottom) / 2));
-            ReleaseDC(list, dc);
+            COLORREF pixel = CLR_INVALID;
+            for (int wait = 0; wait < 100 && (pixel == CLR_INVALID || pixel == RGB(255, 255, 255));
+                 ++wait) {
+                if (wait) Sleep(10);
+                HDC dc = GetDC(list);
+                pixel = GetPixel(dc, (icon.left + icon.right) / 2, (icon.top + icon.bottom) / 2);
+                ReleaseDC(list, dc);
+            }
+            shown.push_back(pixel);
         }
         DialogDriver::Click(dlg, IDCANCEL);
     });
