@@ -274,6 +274,11 @@ void CLayoutCanvas::OnPaint() {
         BuildClipRegion();
     }
     HDC background = Background(dc, client);
+    if (!m_pOwner && PaintKept(dc, paint.ps().rcPaint, client, background)) return;
+    PaintItems(dc, client, background);
+}
+
+void CLayoutCanvas::PaintItems(HDC dc, const RECT& client, HDC background) {
     ::SetBkMode(dc, TRANSPARENT);
     ::SelectClipRgn(dc, m_clipRegion.get());
     if (background)
@@ -297,6 +302,63 @@ void CLayoutCanvas::OnPaint() {
     if (m_pSelected) {
         m_pSelected->Draw(dc);
         m_pSelected->Paint(dc, m_bOrderMode != 0, m_bShowOnlyActive != 0, m_clipRegion.get());
+    }
+}
+
+// The preview repaints the same picture through a whole run. Its finished
+// picture is kept and copied for the update box while the key of everything
+// painting reads is unchanged; otherwise it is drawn again whole, by the same
+// code in the same DC state, before the copy. A paint clipped to the update
+// region showed these very pixels there, and the window system lets no paint
+// reach beyond that region: nothing shown changes, only the drawing is saved.
+// False when the window is to be painted directly (no picture to keep).
+bool CLayoutCanvas::PaintKept(HDC dc, const RECT& update, const RECT& client, HDC background) {
+    // Without a background a paint left the window's old pixels under the items.
+    if (!background) return false;
+    BuildPaintKey(client, m_paintKey);
+    if (!m_finished || m_paintKey != m_finishedKey) {
+        m_finishedKey.clear();
+        HDC picture = m_finished.Prepare(dc, {fw::Width(client), fw::Height(client)});
+        if (!picture) return false;
+        // The key was taken before the items were drawn: drawing brings them
+        // up to the canvas's size, and a picture of items drawn where they
+        // were before that is not what the next paint draws.
+        PaintItems(picture, client, background);
+        m_finishedKey.swap(m_paintKey);
+    }
+    RECT box{};
+    if (!::IntersectRect(&box, &update, &client)) return true;
+    ::SelectClipRgn(dc, m_clipRegion.get());
+    m_finished.CopyTo(dc, box);
+    return true;
+}
+
+// What PaintItems reads: the size, the canvas's flags, the settings record's
+// generation (colours, font, outlines) and, in drawing order, each item's
+// rectangle, look and take.
+void CLayoutCanvas::BuildPaintKey(const RECT& client, std::vector<long long>& key) const {
+    key.clear();
+    int selected = -1;
+    for (size_t i = 0; i < m_trackers.size(); ++i)
+        if (m_trackers[i].get() == m_pSelected) selected = static_cast<int>(i);
+    key.insert(key.end(), {fw::Width(client), fw::Height(client), m_bOrderMode, m_bShowOnlyActive,
+                           static_cast<long long>(TheSettings().GetGeneration()), selected});
+    for (const auto& t : m_trackers) {
+        const RECT r = t->GetTrackerRect();
+        key.insert(key.end(), {r.left, r.top, r.right, r.bottom, t->m_nStyle, t->IsSelected(),
+                               t->IsTracking()});
+        const CTake* take = t->GetItemTake();
+        if (!take) {
+            key.push_back(-1);
+            continue;
+        }
+        const RECT tr = take->GetRect();
+        const std::vector<BYTE>& teeth = take->GetTeeth();
+        key.insert(key.end(), {tr.left, tr.top, tr.right, tr.bottom, take->GetZoomNumerator(),
+                               take->GetZoomDenominator(), take->IsVertical(), take->GetSensor(),
+                               take->GetHolder(), take->GetPosition(),
+                               static_cast<long long>(teeth.size())});
+        key.insert(key.end(), teeth.begin(), teeth.end());
     }
 }
 

@@ -49,6 +49,9 @@ private:
     void BuildClipRegion();
     void BuildMenu();
     void OnPaint();
+    void PaintItems(HDC dc, const RECT& client, HDC background);
+    bool PaintKept(HDC dc, const RECT& update, const RECT& client, HDC background);
+    void BuildPaintKey(const RECT& client, std::vector<long long>& key) const;
     HDC Background(HDC reference, const RECT& client);
     void OnLButtonDown(POINT pt);
     void AssignOrder();
@@ -71,6 +74,10 @@ private:
     SIZE m_szPicture{};
     fw::OffscreenBuffer m_background;
     SIZE m_szBackground{};
+    // Without an owner: the finished picture, and the key of what it was
+    // drawn from (empty while it shows nothing valid).
+    fw::OffscreenBuffer m_finished;
+    std::vector<long long> m_finishedKey, m_paintKey;
     BOOL m_bOrderMode = FALSE;
     int m_nNextOrderPlace = 0;
     BOOL m_bShowOnlyActive = FALSE;

@@ -21,6 +21,7 @@ public:
     void SetSelected(bool bSelected);
     bool IsSelected() const { return m_bSelected != 0; }
     void SetTracking(bool bTracking) { m_bTracking = bTracking; }
+    bool IsTracking() const { return m_bTracking != 0; }
     RECT GetTrackerRect() const { return m_rect; }
     CTake* GetItemTake() const { return m_pTake; }
     void InvalidateItem() const;

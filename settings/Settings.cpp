@@ -31,11 +31,20 @@ CSettings& TheSettings() {
 
 void RegisterTheSettings(CSettings* settings) { g_pTheSettings = settings; }
 
+namespace {
+// One count for all records, so that no two generations are equal.
+unsigned long NextGeneration() {
+    static unsigned long last = 0;
+    return ++last;
+}
+}  // namespace
+
 CSettings::CSettings() { Reset(); }
 
 CSettings::~CSettings() { Reset(); }
 
 void CSettings::Reset() {
+    m_nGeneration = NextGeneration();
     m_crActive = m_crInactive = m_crDrag = 0;
     m_nFontSize = 100;
     m_dSensorSensitivity = 1.0;
@@ -65,9 +74,12 @@ bool CSettings::Load(const std::string& path) {
         m_nTakeDlgHeight = 248;
     }
     ReadHolders(file);
-    if (!ReadSensors(file)) return false;
-    ReadDropPositions(file);
-    return true;
+    // Again when the record is complete: a paint while the texts were read
+    // (their automation calls may dispatch messages) saw it half loaded.
+    const bool sensorsRead = ReadSensors(file);
+    if (sensorsRead) ReadDropPositions(file);
+    m_nGeneration = NextGeneration();
+    return sensorsRead;
 }
 
 void CSettings::ReadApplication(const fw::IniSection& app) {

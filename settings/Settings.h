@@ -23,6 +23,10 @@ public:
 
     bool Load(const std::string& path);
     void Reset();
+    // Changes at every Reset and Load, and differs between records: a picture
+    // drawn from the settings of another generation may show other colours,
+    // fonts or outlines.
+    unsigned long GetGeneration() const { return m_nGeneration; }
 
     const std::string& GetDefaultName() const { return m_strDefaultName; }
     const CHolder* GetHolder(int index) const;
@@ -70,6 +74,7 @@ private:
     int m_nTakeDlgHeight = 248;
     double m_dSensorSensitivity = 1.0;
     UINT m_nPreviewTimeout = 10;
+    unsigned long m_nGeneration = 0;
 };
 
 // The one settings record of the module. Its owner, the module object,

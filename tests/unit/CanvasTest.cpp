@@ -318,6 +318,46 @@ TEST_F(Canvas, PartialRepaintsShowWhatAFullOneShows) {
     EXPECT_EQ(Read(same.control()), resized) << "as if made at the new size";
 }
 
+// The preview keeps its finished picture between paints; after a take moved
+// and after the settings were loaded again it shows what a new one shows.
+TEST_F(Canvas, APreviewShowsWhatChangedAsANewOneDoes) {
+    tpl.AddTake(NewTake({11}, 100, 100));
+    tpl.AddTake(NewTake({21}, 600, 400));
+    auto shown = [&](CanvasWindow& w, CLayoutCanvas& c) {
+        if (!c.hwnd()) {
+            EXPECT_TRUE(c.Subclass(w.control()));
+            c.Init(nullptr, &noFile);
+            c.SetTemplate(&tpl);
+            c.SelectTake(1);
+        }
+        // Kept: the first repaint after a move draws the border where the item was.
+        for (int i = 0; i < 2; ++i)
+            RedrawWindow(w.control(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        return Read(w.control());
+    };
+    CanvasWindow keptWindow(256, 192, 400);
+    CLayoutCanvas kept;
+    const auto before = shown(keptWindow, kept);
+    tpl.GetTake(0)->MoveTo(300, 300);
+    const auto moved = shown(keptWindow, kept);
+    EXPECT_NE(before, moved);
+    {
+        CanvasWindow w(256, 192, 700);
+        CLayoutCanvas fresh;
+        EXPECT_EQ(shown(w, fresh), moved);
+    }
+    testing_support::WriteText(settings.path(), SensorSection(1, "A", 1000, 800) +
+                                                    SensorSection(2, "B", 800, 600) +
+                                                    "[Holder1]\r\nName=H\r\nColorR=200\r\n"
+                                                    "InactiveColorG=200\r\nTextColorG=255\r\n");
+    ASSERT_TRUE(TheSettings().Load(settings.path()));
+    const auto reloaded = shown(keptWindow, kept);
+    EXPECT_NE(moved, reloaded) << "another inactive colour";
+    CanvasWindow w(256, 192, 700);
+    CLayoutCanvas fresh;
+    EXPECT_EQ(shown(w, fresh), reloaded);
+}
+
 TEST(TakeDialogPicture, ReducedByOneFactorAndCentred) {
     RECT r = CTakeDlg::FitImage({0, 0, 500, 430}, 600, 400);
     EXPECT_EQ(0, r.left);
