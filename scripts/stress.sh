@@ -7,15 +7,8 @@
 # The seed is printed first; a failure replays with the same --seed and --rounds.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-root=$PWD
-build=${BUILD_DIR:-build}
-bash scripts/setup.sh
-[ -f "$build/build.ninja" ] || cmake -S . -B "$build" -G Ninja \
-    -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-x86_64.cmake -DZEMBLAX_TESTS=ON >/dev/null
-ninja -C "$build" Zemblax stress-tests wine-keeper >/dev/null
-session=$root/$build/stress-session
-bash tests/harness/wine-session.sh start "$session" "$root/$build/bin/wine-keeper.exe" >/dev/null
-trap 'bash tests/harness/wine-session.sh stop "$session" >/dev/null' EXIT
+. scripts/session.sh
+build_and_start_session stress-session Zemblax stress-tests
 suite=$root/../shared/testdata/bmpsuite
 [ -d "$suite" ] || echo "stress: no BMP suite at $suite: its rounds will skip"
 bash tests/harness/wine-run.sh "$session" "$build/bin/stress-tests.exe" --bmpsuite="$suite" "$@"
