@@ -16,10 +16,6 @@ bool IniFile::Write(const std::string& section, const char* key, const std::stri
     return ::WritePrivateProfileStringA(section.c_str(), key, value.c_str(), m_path.c_str()) != 0;
 }
 
-bool IniFile::WriteInt(const std::string& section, const char* key, int value) const {
-    return Write(section, key, std::to_string(value));
-}
-
 bool IniFile::EraseSection(const std::string& section) const {
     return ::WritePrivateProfileStringA(section.c_str(), nullptr, nullptr, m_path.c_str()) != 0;
 }

@@ -15,7 +15,6 @@ public:
     int Int(const std::string& section, const char* key, int def) const;
     std::string Str(const std::string& section, const char* key, const char* def = "") const;
     bool Write(const std::string& section, const char* key, const std::string& value) const;
-    bool WriteInt(const std::string& section, const char* key, int value) const;
     bool EraseSection(const std::string& section) const;
 
 private:

@@ -126,10 +126,4 @@ std::string IniSection::Str(const char* key, const char* def, size_t buffer) con
     return Copied(d, buffer);
 }
 
-bool IniSection::Write(const std::string& file, const std::string& section, const KeyValues& keys) {
-    std::string lines;
-    for (const auto& [key, value] : keys) lines += key + '=' + value + '\0';
-    return ::WritePrivateProfileSectionA(section.c_str(), lines.c_str(), file.c_str()) != 0;
-}
-
 }  // namespace fw

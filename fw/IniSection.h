@@ -35,10 +35,8 @@ public:
     // What GetPrivateProfileIntA gives for a key whose (trimmed) value this is.
     static int IntValue(const std::string& value, int def);
 
-    // Replaces the section's keys by these, in order, with one write; a
-    // missing section is added at the end of the file.
+    // Keys and values in the order a writer puts them.
     using KeyValues = std::vector<std::pair<std::string, std::string>>;
-    static bool Write(const std::string& file, const std::string& section, const KeyValues& keys);
 
 private:
     // The section's lines as GetPrivateProfileSectionA gives them, each ended by '\0'.

@@ -317,8 +317,6 @@ TEST(SelectionDialog, DestroysEachOfItsImageListsOnce) {
     }
 }
 
-// Values the profile reader treats in ways of its own, read through one
-// section and through the system key by key, in the key's case and in capitals.
 // Each key of `lines` (and in capitals, and some absent ones) read from
 // section S of `file` by the system and by `section`.
 void CompareWithTheSystem(const std::string& file, const fw::IniSection& section,
