@@ -210,54 +210,61 @@ void CToothChart::PrepareBackground(HDC reference) {
 }
 
 // The tooth pictures, highlights first, side by side in one bitmap, each in
-// a box of its resource's size and scaled once, here: painting never
-// stretches a picture. Each is stretched from its resource's pixels (put
-// into a bitmap of the screen's format one to one) into its box as a
-// picture loaded on its own and stretched in place would be: the same
-// stretch mode, size and top-left corner, the rest of the box black. The
-// mask, white where the pictures are pure black, is made in one blit.
+// a box of its resource's size and scaled once: painting never stretches a
+// picture. Here the boxes are laid out; a picture is stretched into its box
+// when it is first drawn (see PreparePicture). Of the 128 pictures a session
+// shows a few, and stretching all of them took half the opening of the
+// designer; the pixels drawn are the same.
 void CToothChart::PreparePictures(HDC reference) {
-    std::array<const BITMAPINFO*, 2 * kTeeth> info{};
-    LONG width = 0, height = 0;
+    LONG width = 0, height = 0, widest = 0;
     for (int k = 0; k < 2 * kTeeth; ++k) {
         const int tooth = PermanentTooth(k % kTeeth);
-        info[k] = PictureResource(k < kTeeth ? IDB_TOOTH_HIGHLIGHT_BASE + tooth
-                                             : IDB_TOOTH_ASSIGNED_BASE + tooth);
+        m_pictureInfo[k] = PictureResource(k < kTeeth ? IDB_TOOTH_HIGHLIGHT_BASE + tooth
+                                                      : IDB_TOOTH_ASSIGNED_BASE + tooth);
         m_pictureAt[k] = {};
-        if (!info[k]) continue;
-        const LONG w = info[k]->bmiHeader.biWidth, h = std::abs(info[k]->bmiHeader.biHeight);
-        m_pictureAt[k] = {width, 0, width + w, h};
-        width += w;
-        height = std::max(height, h);
+        m_pictureReady[k] = false;
+        if (!m_pictureInfo[k]) continue;
+        const BITMAPINFOHEADER& h = m_pictureInfo[k]->bmiHeader;
+        m_pictureAt[k] = {width, 0, width + h.biWidth, std::abs(h.biHeight)};
+        width += h.biWidth;
+        widest = std::max(widest, h.biWidth);
+        height = std::max(height, std::abs(h.biHeight));
     }
-    fw::OffscreenBuffer unscaled;
-    HDC original = unscaled.Prepare(reference, {width, height});
-    HDC pictures = m_pictures.Prepare(reference, {width, height});
-    HDC masks = m_masks.Prepare(reference, {width, height}, true);
-    if (!original || !pictures || !masks) {
-        m_pictureAt = {};
-        return;
+    const bool made = m_unscaled.Prepare(reference, {widest, height}) &&
+                      m_pictures.Prepare(reference, {width, height}) &&
+                      m_masks.Prepare(reference, {width, height}, true);
+    if (!made) m_pictureAt = {};
+}
+
+// Picture k stretched from its resource's pixels (put into a bitmap of the
+// screen's format one to one) into its box as a picture loaded on its own
+// and stretched in place would be: the same stretch mode, size and top-left
+// corner, the rest of the box black; and its part of the mask, white where
+// the picture is pure black. False when it cannot be drawn.
+bool CToothChart::PreparePicture(int k) {
+    RECT& at = m_pictureAt[k];
+    if (m_pictureReady[k]) return true;
+    const int w = fw::Width(at), h = fw::Height(at);
+    if (w <= 0 || h <= 0) return false;
+    const BITMAPINFO* info = m_pictureInfo[k];
+    const BYTE* bits = reinterpret_cast<const BYTE*>(info) + info->bmiHeader.biSize +
+                       DibColorTableSize(&info->bmiHeader);
+    HDC pictures = m_pictures.dc();
+    if (!::SetDIBitsToDevice(m_unscaled.dc(), 0, 0, w, h, 0, 0, 0, h, bits, info,
+                             DIB_RGB_COLORS)) {
+        at = {};
+        return false;
     }
-    ::PatBlt(pictures, 0, 0, width, height, BLACKNESS);
+    ::PatBlt(pictures, at.left, at.top, w, h, BLACKNESS);
     ::SetStretchBltMode(pictures, BLACKONWHITE);  // what a new DC stretches with
-    for (int k = 0; k < 2 * kTeeth; ++k) {
-        RECT& at = m_pictureAt[k];
-        const int w = fw::Width(at), h = fw::Height(at);
-        if (w <= 0 || h <= 0) continue;
-        const BYTE* bits = reinterpret_cast<const BYTE*>(info[k]) + info[k]->bmiHeader.biSize +
-                           DibColorTableSize(&info[k]->bmiHeader);
-        if (!::SetDIBitsToDevice(original, at.left, 0, w, h, 0, 0, 0, h, bits, info[k],
-                                 DIB_RGB_COLORS)) {
-            at = {};
-            continue;
-        }
-        ::IntersectClipRect(pictures, at.left, at.top, at.right, at.bottom);
-        ::StretchBlt(pictures, at.left, at.top, static_cast<int>(w * m_dScaleX),
-                     static_cast<int>(h * m_dScaleY), original, at.left, 0, w, h, SRCCOPY);
-        ::SelectClipRgn(pictures, nullptr);
-    }
+    ::IntersectClipRect(pictures, at.left, at.top, at.right, at.bottom);
+    ::StretchBlt(pictures, at.left, at.top, static_cast<int>(w * m_dScaleX),
+                 static_cast<int>(h * m_dScaleY), m_unscaled.dc(), 0, 0, w, h, SRCCOPY);
+    ::SelectClipRgn(pictures, nullptr);
     ::SetBkColor(pictures, RGB(0, 0, 0));
-    ::BitBlt(masks, 0, 0, width, height, pictures, 0, 0, SRCCOPY);
+    ::BitBlt(m_masks.dc(), at.left, at.top, w, h, pictures, at.left, at.top, SRCCOPY);
+    m_pictureReady[k] = true;
+    return true;
 }
 
 // Picture k (see m_pictureAt) with its black background left out, where it
@@ -265,11 +272,11 @@ void CToothChart::PreparePictures(HDC reference) {
 // transparent draw makes four bitmaps per call; the pixels are the same.
 // Non-black pixels replace what lies below: drawing a picture once more on
 // top changes nothing.
-void CToothChart::DrawTooth(HDC dc, int picture, POINT at, const RECT& area) const {
+void CToothChart::DrawTooth(HDC dc, int picture, POINT at, const RECT& area) {
     const RECT& from = m_pictureAt[picture];
     const RECT whole{at.x, at.y, at.x + fw::Width(from), at.y + fw::Height(from)};
     RECT r;
-    if (::IsRectEmpty(&from) || !::IntersectRect(&r, &whole, &area)) return;
+    if (!::IntersectRect(&r, &whole, &area) || !PreparePicture(picture)) return;
     const int w = fw::Width(r), h = fw::Height(r);
     const int sx = from.left + r.left - at.x, sy = from.top + r.top - at.y;
     const COLORREF bk = ::SetBkColor(dc, RGB(255, 255, 255));
@@ -329,7 +336,7 @@ bool CToothChart::PaintHover(HDC dc, const RECT& area) {
 }
 
 // The current take's teeth in green, also those this mode cannot choose.
-void CToothChart::PaintAssigned(HDC dc, const RECT& area) const {
+void CToothChart::PaintAssigned(HDC dc, const RECT& area) {
     if (!m_pTake) return;
     for (BYTE tooth : m_pTake->GetTeeth()) {
         const int i = ToothToIndex(tooth);

@@ -56,13 +56,14 @@ private:
     void OnMouseMove(POINT pt);
     void OnLButtonUp(POINT pt);
     bool PaintHover(HDC dc, const RECT& area);
-    void PaintAssigned(HDC dc, const RECT& area) const;
+    void PaintAssigned(HDC dc, const RECT& area);
     HDC AssignedLayer(HDC reference);
     bool SideFor(POINT pt, bool bVertical) const;
     void InvalidateAround(POINT pt) const;
     void PrepareBackground(HDC reference);
     void PreparePictures(HDC reference);
-    void DrawTooth(HDC dc, int picture, POINT at, const RECT& area) const;
+    bool PreparePicture(int k);
+    void DrawTooth(HDC dc, int picture, POINT at, const RECT& area);
 
     // Raw outlines of the 32 teeth, four vertices each, shared by every chart
     // and refilled by each Init.
@@ -82,11 +83,15 @@ private:
     // no bitmap (under Wine a selection costs more than the drawing): the
     // dentition stretched to the client size with the regions' frames, all
     // tooth pictures side by side (highlights, then the green ones) with a
-    // mask of their black background, and where each picture lies there.
+    // mask of their black background, where each picture lies there, its
+    // resource, whether it is there yet, and room for one unscaled picture.
     fw::OffscreenBuffer m_background;
     fw::OffscreenBuffer m_pictures;
     fw::OffscreenBuffer m_masks;
     std::array<RECT, 2 * kTeeth> m_pictureAt{};
+    std::array<const BITMAPINFO*, 2 * kTeeth> m_pictureInfo{};
+    std::array<bool, 2 * kTeeth> m_pictureReady{};
+    fw::OffscreenBuffer m_unscaled;
     // The background with the green teeth of m_layerTeeth, made again when
     // the take's teeth differ; and the buffer each paint composes in.
     fw::OffscreenBuffer m_layer;

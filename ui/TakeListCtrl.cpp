@@ -1,9 +1,23 @@
 #include "ui/TakeListCtrl.h"
+#include <commctrl.h>
 #include <vector>
+#include "fw/Handle.h"
 #include "settings/Settings.h"
 
 namespace {
 constexpr int kIconSize = 32;
+
+// The icon's own two bitmaps, copied in. ImageList_ReplaceIcon loads the
+// icon once more from its resource to look for a better size and draws both
+// halves; the icons are loaded at the list's size already, and their colour
+// half is black where the mask is set, so the list holds the same image.
+int AddIcon(HIMAGELIST list, HICON icon) {
+    ICONINFO info{};
+    if (!::GetIconInfo(icon, &info)) return -1;
+    fw::UniqueBitmap color(info.hbmColor), mask(info.hbmMask);
+    if (!color) return ::ImageList_ReplaceIcon(list, -1, icon);  // a monochrome icon
+    return ::ImageList_Add(list, color.get(), mask.get());
+}
 }
 
 bool CTakeListCtrl::Init(CTakeListOwner* pOwner) {
@@ -18,16 +32,17 @@ bool CTakeListCtrl::Init(CTakeListOwner* pOwner) {
     if (!icons) return false;
     // The image of each entry as the list gives it back: an icon that could
     // not be added must not shift the pictures of the entries after it.
-    // An entry's icon is the one of its orientation, so each of the two is
-    // added once and shared by its entries: the list shows the same pictures,
-    // and adding an icon is the slow part of opening the designer.
+    // An entry's icon is the one of its orientation, loaded from the same
+    // resource, so each of the two is loaded and added once and shared by
+    // its entries: the list shows the same pictures, and loading and adding
+    // icons is the slow part of opening the designer.
     std::vector<int> images(count, -1);
     int byOrientation[2] = {-1, -1};
     for (int i = 0; i < count; ++i) {
         const CSensor* entry = settings.GetPaletteEntry(i);
-        if (!entry || !entry->GetIcon()) continue;
+        if (!entry) continue;
         int& image = byOrientation[entry->IsVertical()];
-        if (image < 0) image = ::ImageList_ReplaceIcon(icons.get(), -1, entry->GetIcon());
+        if (image < 0 && entry->GetIcon()) image = AddIcon(icons.get(), entry->GetIcon());
         images[i] = image;
     }
     SetImageList(std::move(icons), LVSIL_NORMAL);
