@@ -1,6 +1,7 @@
 #include "IdleDriver.h"
 #include <commctrl.h>
 #include <cstdio>
+#include "Samples.h"
 
 namespace {
 IdleDriver* g_driver = nullptr;
@@ -73,8 +74,11 @@ LRESULT CALLBACK IdleDriver::OwnerProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp
                                        DWORD_PTR) {
     if (msg == WM_ENTERIDLE && wp == MSGF_DIALOGBOX && g_driver)
         g_driver->OnIdle(reinterpret_cast<HWND>(lp));
-    if (msg == WM_NCDESTROY) ::RemoveWindowSubclass(hwnd, OwnerProc, 1);
-    return ::DefSubclassProc(hwnd, msg, wp, lp);
+    if (msg != WM_NCDESTROY) return ::DefSubclassProc(hwnd, msg, wp, lp);
+    ::RemoveWindowSubclass(hwnd, OwnerProc, 1);
+    const LRESULT result = ::DefSubclassProc(hwnd, msg, wp, lp);
+    if (g_driver) g_driver->m_lastClosed = NowMs();
+    return result;
 }
 
 // Watches the children whose control id the next paint step names.

@@ -23,6 +23,8 @@ public:
         m_steps.push_back({controlId, true, std::move(action)});
     }
     bool Done() const { return m_steps.empty(); }
+    // When the last dialog that went idle was destroyed (NowMs), 0 before.
+    double LastClosed() const { return m_lastClosed; }
     // Ends the process when the steps are not done within `seconds` from now:
     // a dialog that never shows must not hang the benchmark.
     static void Watchdog(int seconds);
@@ -45,4 +47,5 @@ private:
     HWND m_host = nullptr;
     HHOOK m_hook = nullptr;
     std::deque<Step> m_steps;
+    double m_lastClosed = 0;
 };
