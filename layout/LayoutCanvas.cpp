@@ -46,8 +46,16 @@ void CLayoutCanvas::SetTemplate(CTemplate* pTemplate) {
     m_pSelected = nullptr;
     m_pTemplate = pTemplate;
     m_trackers.clear();
+    // One item per take, the last one selected, as adding them one by one
+    // leaves them. Made so at once, no item asks for a repaint of its own
+    // (each a call to the window system): the whole canvas repaints.
+    std::vector<CTake*> takes;
     for (int i = 0; i < pTemplate->GetTakeCount(); ++i)
-        if (CTake* take = pTemplate->GetTake(i)) AddTakeItem(take);
+        if (CTake* take = pTemplate->GetTake(i)) takes.push_back(take);
+    for (size_t i = 0; i < takes.size(); ++i)
+        m_trackers.push_back(std::make_unique<CTakeTracker>(this, takes[i], i + 1 == takes.size()));
+    if (!m_trackers.empty()) m_pSelected = m_trackers.back().get();
+    Invalidate();
 }
 
 BOOL CLayoutCanvas::AddTakeItem(CTake* take) {
