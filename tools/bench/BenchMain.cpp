@@ -130,6 +130,22 @@ void Redraw(HWND window) {
     floors::Settle();
 }
 
+// A repaint figure against a blit of the window's size into the window,
+// sample by sample in turn: a change of load, or of how the display takes
+// the pixels, reaches both.
+template <typename F>
+void RepaintRow(Bench& b, const std::string& figure, HWND window, int repeats, F repaint,
+                double target = 0) {
+    RECT r;
+    ::GetClientRect(window, &r);
+    Samples figures, blits;
+    for (int i = 0; i < repeats; ++i) {
+        figures.Add(Samples::Time(1, [&](int) { repaint(i); }).Median());
+        blits.Add(floors::Blit(window, r.right, r.bottom, 1).Median());
+    }
+    b.report.Row(figure, figures, "BitBlt of its size", blits, target);
+}
+
 // The repaint cycle of the window system alone, for the figures whose floor
 // is a blit.
 void NoteBareRepaint(Bench& b, HWND window) {
@@ -148,11 +164,8 @@ void RunFigures(Bench& b) {
     if (HWND preview = StartRun(b, 0)) {
         // The canvas fills the preview's client area: the pixels are its own.
         HWND canvas = ::GetDlgItem(preview, IDC_PREVIEW_CANVAS);
-        RECT client;
-        ::GetClientRect(canvas, &client);
-        b.report.Row("preview repaint, 18 takes", Samples::Time(repeats, [&](int) { Redraw(preview); }),
-                     "BitBlt of its client area", floors::Blit(canvas, client.right, client.bottom, repeats),
-                     3.0);
+        RepaintRow(b, "preview repaint, 18 takes", canvas, repeats, [&](int) { Redraw(preview); },
+                   3.0);
         NoteBareRepaint(b, canvas);
     }
     b.dll.Stop();
@@ -218,7 +231,7 @@ void RunFigures(Bench& b) {
 struct DesignerSession {
     Bench& b;
     std::string base;
-    Samples ready, ready18, hover, canvas, drag, open32, save32;
+    Samples ready, ready18, open32, save32;
     bool measureInside = false;
 };
 
@@ -230,31 +243,26 @@ void MeasureOpenDesigner(DesignerSession& s, HWND dialog) {
     ::GetClientRect(chart, &c);
     // Two upper molars far enough apart for the highlight to move.
     const POINT points[2] = {{c.right * 3 / 10, c.bottom / 4}, {c.right * 7 / 10, c.bottom / 4}};
-    s.hover = Samples::Time(repeats, [&](int i) {
+    const auto hover = [&](int i) {
         ::SendMessageA(chart, WM_MOUSEMOVE, 0, MAKELPARAM(points[i % 2].x, points[i % 2].y));
         floors::Settle();
-    });
-    b.report.Row("chart hover repaint " + std::to_string(c.right) + " x " + std::to_string(c.bottom),
-                 s.hover, "BitBlt of the chart's size", floors::Blit(chart, c.right, c.bottom, repeats), 5.0);
+    };
+    RepaintRow(b, "chart hover repaint " + std::to_string(c.right) + " x " + std::to_string(c.bottom),
+               chart, repeats, hover, 5.0);
     NoteBareRepaint(b, chart);
     HWND palette = ::GetDlgItem(dialog, IDC_TAKE_LIST);
     RECT item{LVIR_BOUNDS};
     ::SendMessageA(palette, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&item));
     ::SendMessageA(palette, WM_LBUTTONDOWN, MK_LBUTTON,
                    MAKELPARAM((item.left + item.right) / 2, (item.top + item.bottom) / 2));
-    s.drag = Samples::Time(repeats, [&](int i) {
+    RepaintRow(b, "drag-move repaint over the chart", chart, repeats, [&](int i) {
         ::SendMessageA(chart, WM_MOUSEMOVE, MK_LBUTTON,
                        MAKELPARAM(points[i % 2].x, points[i % 2].y + c.bottom / 2));
         floors::Settle();
     });
     ::SendMessageA(chart, WM_LBUTTONUP, 0, MAKELPARAM(-40, -40));  // dropped nowhere
-    b.report.Row("drag-move repaint over the chart", s.drag, "BitBlt of the chart's size",
-                 floors::Blit(chart, c.right, c.bottom, repeats));
     HWND layout = ::GetDlgItem(dialog, IDC_LAYOUT_CANVAS);
-    RECT l;
-    ::GetClientRect(layout, &l);
-    b.report.Row("canvas repaint, 18 takes", Samples::Time(repeats, [&](int) { Redraw(layout); }),
-                 "BitBlt of the canvas's size", floors::Blit(layout, l.right, l.bottom, repeats));
+    RepaintRow(b, "canvas repaint, 18 takes", layout, repeats, [&](int) { Redraw(layout); });
 }
 
 void MeasureSave(DesignerSession& s, HWND dialog) {
