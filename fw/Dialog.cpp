@@ -10,27 +10,6 @@ Dialog::Dialog(UINT idTemplate, HWND parent) : m_idTemplate(idTemplate), m_paren
 Dialog::~Dialog() { DestroyWindow(); }
 
 namespace {
-// Messages whose result a dialog procedure returns itself instead of through
-// DWLP_MSGRESULT.
-bool ReturnsDirectly(UINT msg) {
-    switch (msg) {
-    case WM_CHARTOITEM:
-    case WM_COMPAREITEM:
-    case WM_CTLCOLORBTN:
-    case WM_CTLCOLORDLG:
-    case WM_CTLCOLOREDIT:
-    case WM_CTLCOLORLISTBOX:
-    case WM_CTLCOLORMSGBOX:
-    case WM_CTLCOLORSCROLLBAR:
-    case WM_CTLCOLORSTATIC:
-    case WM_QUERYDRAGICON:
-    case WM_VKEYTOITEM:
-        return true;
-    default:
-        return false;
-    }
-}
-
 void InitControlsOnce() {
     static const bool done = [] {
         INITCOMMONCONTROLSEX icc{sizeof icc, ICC_LISTVIEW_CLASSES | ICC_STANDARD_CLASSES};
@@ -155,16 +134,8 @@ INT_PTR Dialog::Dispatch(UINT msg, WPARAM wp, LPARAM lp) {
         return TRUE;
     case WM_DRAWITEM:
         return OnDrawItem(static_cast<UINT>(wp), reinterpret_cast<DRAWITEMSTRUCT*>(lp));
-    case WM_DESTROY:
-        OnDestroy();
+    default:
         return FALSE;
-    default: {
-        LRESULT result = 0;
-        if (!OnMessage(msg, wp, lp, result)) return FALSE;
-        if (ReturnsDirectly(msg)) return static_cast<INT_PTR>(result);
-        ::SetWindowLongPtrA(m_hwnd, DWLP_MSGRESULT, result);
-        return TRUE;
-    }
     }
 }
 

@@ -38,11 +38,6 @@ protected:
     virtual bool OnNotify(NMHDR* header, LRESULT& result);
     virtual void OnTimer(UINT_PTR id);
     virtual bool OnDrawItem(UINT id, DRAWITEMSTRUCT* item);
-    virtual void OnDestroy() {}
-    // Any message the handlers above do not cover. Return true when handled,
-    // with the message's result; the base turns it into what the dialog
-    // manager expects from a dialog procedure.
-    virtual bool OnMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) { return false; }
 
 private:
     static INT_PTR CALLBACK Proc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);

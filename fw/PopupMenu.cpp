@@ -12,15 +12,6 @@ bool PopupMenu::AppendSeparator() {
     return m_menu && ::AppendMenuA(m_menu.get(), MF_SEPARATOR, 0, nullptr);
 }
 
-bool PopupMenu::AppendSubMenu(PopupMenu&& sub, const char* text) {
-    if (!m_menu || !sub.m_menu) return false;
-    if (!::AppendMenuA(m_menu.get(), MF_POPUP | MF_STRING,
-                       reinterpret_cast<UINT_PTR>(sub.m_menu.get()), text))
-        return false;
-    sub.m_menu.release();
-    return true;
-}
-
 bool PopupMenu::Check(UINT id, bool checked) {
     return m_menu && ::CheckMenuItem(m_menu.get(), id,
                                      MF_BYCOMMAND | (checked ? MF_CHECKED : MF_UNCHECKED)) !=

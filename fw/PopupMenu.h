@@ -1,5 +1,4 @@
-// A popup menu that owns its HMENU. Sub-menus are handed over to their parent
-// menu, which destroys them with itself.
+// A popup menu that owns its HMENU.
 #pragma once
 #include <windows.h>
 #include "fw/Handle.h"
@@ -14,8 +13,6 @@ public:
 
     bool AppendItem(UINT id, const char* text);
     bool AppendSeparator();
-    // On success the sub-menu belongs to this menu and `sub` is left empty.
-    bool AppendSubMenu(PopupMenu&& sub, const char* text);
     bool Check(UINT id, bool checked);
     bool Enable(UINT id, bool enabled);
 

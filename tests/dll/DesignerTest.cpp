@@ -14,7 +14,6 @@ namespace {
 
 using testing_support::IniString;
 using testing_support::SectionExists;
-constexpr int kBoxText = 0xFFFF;  // the text of a message box
 const std::string kNoTake = "<no take>";
 
 std::set<int> Teeth(const std::string& list) {
@@ -69,16 +68,15 @@ void DragTo(const DesignerUser& u, int index, POINT chart) {
     DesignerUser::Press(MOUSEEVENTF_LEFTUP);
 }
 
-class Designer : public testing::Test {
+class Designer : public ModuleTest {
 protected:
+    // The data folder holds the shipped Template1..3 once the settings are copied.
     void SetUp() override {
-        ASSERT_TRUE(p.loaded);
-        ResetModule();
+        ASSERT_NO_FATAL_FAILURE(ModuleTest::SetUp());
         ASSERT_TRUE(CopyFileA((testing_support::TestData() + "data\\Template\\Zemblax.ini").c_str(),
                               cat.ini().c_str(), FALSE));
         p.Initialize(cat.base().c_str());
     }
-    void TearDown() override { ResetModule(); }
 
     // The designer runs here while `user` plays the user, who ends it.
     void Design(const std::function<void(DesignerUser&, DialogDriver&)>& user) {
@@ -94,18 +92,10 @@ protected:
         LoadStringA(p.module(), id, text, sizeof text);
         return text;
     }
-    // Answers the next message box; its text.
-    static std::string Answer(DialogDriver& d, int answer) {
-        HWND box = d.WaitFor(kBoxText, 4000);
-        if (!box) return "<no box>";
-        const std::string text = DialogDriver::ItemText(box, kBoxText);
-        PostMessageA(box, WM_COMMAND, answer, 0);
-        DialogDriver::WaitGone(box);
-        return text;
-    }
+    // Clicks a control of the designer and answers the message box that follows; its text.
     static std::string Press(DesignerUser& u, DialogDriver& d, int control, int answer) {
         u.ClickControl(control);
-        return Answer(d, answer);
+        return d.AnswerBox(answer);
     }
     static void Finish(DesignerUser& u) {
         u.ClickControl(IDCANCEL);
@@ -116,10 +106,6 @@ protected:
         const std::string file = cat.folder() + "Template" + std::to_string(n) + ".ini";
         return IniString(file, section.c_str(), key);
     }
-
-    PluginHost& p = PluginHost::Get();
-    HostWindow host;
-    Catalog cat;  // holds the shipped Template1..3 once SetUp has copied the settings
 };
 
 TEST_F(Designer, TwoDropsAClickAndSaveAsMakeATemplateThatRuns) {
@@ -229,7 +215,7 @@ TEST_F(Designer, CommandsAskAndRefuseWithTheModulesTexts) {
         u.DragSensor(0, 18);
         WaitTake(u, 1);
         EXPECT_TRUE(u.SaveAs("STATUS 18 AUFNAHMEN"));  // shipped as "Status 18 Aufnahmen"
-        boxes.push_back({Answer(d, IDOK), IDS_NAME_TAKEN});
+        boxes.push_back({d.AnswerBox(IDOK), IDS_NAME_TAKEN});
         const std::string shown = LabelIn(u.Caption(), 1);
         u.ClickTooth(18);  // a click sets the caption again, with the name kept
         EXPECT_NE(shown, WaitTake(u, 1, shown));
@@ -244,7 +230,7 @@ TEST_F(Designer, CommandsAskAndRefuseWithTheModulesTexts) {
         }
         EXPECT_EQ("", label) << "every tooth clicked away";
         press(IDCANCEL, IDYES, IDS_ASK_SAVE);
-        boxes.push_back({Answer(d, IDOK), IDS_TEETH_MISSING});
+        boxes.push_back({d.AnswerBox(IDOK), IDS_TEETH_MISSING});
         Sleep(200);
         openAfterRefusedSave = IsWindowVisible(u.dialog()) != FALSE;
         press(IDCANCEL, IDNO, IDS_ASK_SAVE);

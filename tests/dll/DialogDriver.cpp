@@ -34,6 +34,17 @@ HWND DialogDriver::WaitFor(int id, int timeoutMs) const {
     return nullptr;
 }
 
+std::string DialogDriver::AnswerBox(int answer, int timeoutMs, std::string* caption) const {
+    constexpr int kBoxText = 0xFFFF;  // the message box's text control
+    HWND box = WaitFor(kBoxText, timeoutMs);
+    if (!box) return std::string();
+    if (caption) *caption = Text(box);
+    const std::string text = ItemText(box, kBoxText);
+    Click(box, answer);
+    WaitGone(box);
+    return text;
+}
+
 namespace {
 BOOL CALLBACK Dismiss(HWND h, LPARAM) {
     char cls[16];

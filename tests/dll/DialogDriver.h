@@ -15,6 +15,10 @@ public:
     // Waits until the window is gone; false after the time-out.
     static bool WaitGone(HWND hwnd, int timeoutMs = 8000);
 
+    // Answers the next message box by clicking `answer` and waits until it is
+    // gone; the box's text (and caption), empty when none came within the time-out.
+    std::string AnswerBox(int answer, int timeoutMs = 4000, std::string* caption = nullptr) const;
+
     static bool Click(HWND dialog, int id);  // false when disabled or missing
     static bool Enabled(HWND dialog, int id);
     static std::string Text(HWND window);

@@ -17,17 +17,12 @@ int PreviewWindows() {
     return n;
 }
 
-class Interface : public testing::Test {
+class Interface : public ModuleTest {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(p.loaded) << "Zemblax.dll not loaded or not all eight functions found";
-        ResetModule();
+        ASSERT_NO_FATAL_FAILURE(ModuleTest::SetUp());
         cat.AddTemplate(1, "A", ThreeTakes());
     }
-    void TearDown() override { ResetModule(); }
-    PluginHost& p = PluginHost::Get();
-    HostWindow host;
-    Catalog cat;
 };
 
 TEST_F(Interface, VersionIsOneWhateverTheHostAsks) {

@@ -48,15 +48,11 @@ bool IsFreed(HGLOBAL h) { return GlobalFlags(h) == GMEM_INVALID_HANDLE; }
 RECT PaintedBox(HWND window, COLORREF colour) {
     RECT client{};
     GetClientRect(window, &client);
-    fw::UniqueBitmap bitmap = testing_support::FilledBitmap(client.right, client.bottom, BLACKNESS);
-    {
-        fw::WindowDC screen(nullptr);
-        fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
-        fw::SelectObj sel(dc.get(), bitmap.get());
-        PrintWindow(window, dc.get(), PW_CLIENTONLY);
-    }
-    int w, h;
-    const auto px = testing_support::BitmapPixels(bitmap.get(), w, h);
+    const int w = client.right, h = client.bottom;
+    const auto px = testing_support::BitmapPixels(
+        testing_support::PaintedBitmap(w, h, BLACKNESS, [&](HDC dc) {
+            PrintWindow(window, dc, PW_CLIENTONLY);
+        }).get());
     const DWORD rgb = (GetRValue(colour) << 16) | (GetGValue(colour) << 8) | GetBValue(colour);
     RECT box{w, h, 0, 0};
     for (int y = 0; y < h; ++y)

@@ -1,6 +1,7 @@
 // Runs the module's exported calls on the test thread while a DialogDriver
 // answers its dialogs from a second thread.
 #pragma once
+#include <gtest/gtest.h>
 #include <atomic>
 #include <functional>
 #include <ostream>
@@ -75,3 +76,18 @@ Delivery Next(HWND host, Images images, bool stepBackAndAsk = false,
 bool StartOn(const Catalog& cat, HWND host, int index = 0);
 // Resets the module between tests: no run, not initialised.
 void ResetModule();
+
+// A test of the loaded DLL with a host window and a data folder of its own;
+// the module is reset before and after.
+class ModuleTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(p.loaded) << "Zemblax.dll not loaded or not all eight functions found";
+        ResetModule();
+    }
+    void TearDown() override { ResetModule(); }
+
+    PluginHost& p = PluginHost::Get();
+    HostWindow host;
+    Catalog cat;
+};

@@ -31,15 +31,13 @@ struct Shown {
     RECT rect{};
 };
 
-class Run : public testing::Test {
+class Run : public ModuleTest {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(p.loaded);
-        ResetModule();
+        ASSERT_NO_FATAL_FAILURE(ModuleTest::SetUp());
         cat.AddTemplate(1, "Drei", ThreeTakes());
         cat.AddTemplate(2, "Eine", {{"46", 1, 0, 200, 300}});
     }
-    void TearDown() override { ResetModule(); }
 
     // GetNext with `images` while the user takes `steps`; `shown` records each
     // dialog met and `look` runs on it before the press.
@@ -76,10 +74,13 @@ protected:
         return Answer(MakeImages(), {Take(id)});
     }
     bool Begin(int index = 0) { return StartOn(cat, host.hwnd(), index) && Next(host.hwnd(), {}).result == 2; }
+    // The enabled states of the dialogs met in the last Answer, in order.
+    std::vector<std::string> Met() const {
+        std::vector<std::string> states;
+        for (const Shown& s : shown) states.push_back(s.enabled);
+        return states;
+    }
 
-    PluginHost& p = PluginHost::Get();
-    HostWindow host;
-    Catalog cat;
     std::vector<Shown> shown;
     std::function<void(HWND)> look;
 };
@@ -225,10 +226,8 @@ TEST_F(Run, FinishDialogStatesWhileSteppingAtTheEnd) {
     Review(IDOK);  // take 3 delivered, P = 4
     Delivery d = Answer(MakeImages(), {Take(IDOK), Finish(IDC_BACK), Finish(IDC_FINISH_SKIP),
                                        Finish(IDC_FINISH_NEXT)});
-    ASSERT_EQ(4u, shown.size());
-    EXPECT_EQ(kEnd, shown[1].enabled);
-    EXPECT_EQ(kMiddle, shown[2].enabled) << "after Zurück, P = 3";
-    EXPECT_EQ(kLast, shown[3].enabled) << "skipping at P = N stays there";
+    // After Zurück P = 3; skipping at P = N stays there.
+    EXPECT_EQ((std::vector<std::string>{"1111", kEnd, kMiddle, kLast}), Met());
     EXPECT_EQ(4, d.result);
     EXPECT_EQ("36", d.label) << "Weiter after Zurück delivers the last take again";
     EXPECT_TRUE(d.done);
@@ -237,9 +236,7 @@ TEST_F(Run, FinishDialogStatesWhileSteppingAtTheEnd) {
 TEST_F(Run, OneTakeTemplateBackGivesTheFirstTakeState) {
     ASSERT_TRUE(Begin(1));
     Delivery d = Answer(MakeImages(), {Take(IDOK), Finish(IDC_BACK), Finish(IDC_FINISH_QUIT)});
-    ASSERT_EQ(3u, shown.size());
-    EXPECT_EQ(kEnd, shown[1].enabled);
-    EXPECT_EQ(kFirst, shown[2].enabled);
+    EXPECT_EQ((std::vector<std::string>{"1111", kEnd, kFirst}), Met());
     EXPECT_EQ(-1, d.result);
     EXPECT_EQ(3, p.GetState());
     EXPECT_TRUE(TakeBeeps().empty()) << "ending at the end of the template is silent";
@@ -263,16 +260,13 @@ TEST_F(Run, StepBackAndAskRepeatsOrEndsWithAPlainBeep) {
 TEST_F(Run, AskingAtTheFirstTakeThenSkippingThisExposure) {
     ASSERT_TRUE(Begin());  // take 1 delivered, P = 2
     Delivery d = Answer({}, {Finish(IDC_BACK), Finish(IDC_FINISH_SKIP), Finish(IDC_FINISH_NEXT)}, true);
-    ASSERT_EQ(3u, shown.size());
-    EXPECT_EQ(kMiddle, shown[0].enabled) << "the middle state even at take 1";
-    EXPECT_EQ(kFirst, shown[1].enabled) << "Zurück finds no take before the first";
-    EXPECT_EQ(kMiddle, shown[2].enabled);
+    // The middle state even at take 1; Zurück finds no take before the first.
+    EXPECT_EQ((std::vector<std::string>{kMiddle, kFirst, kMiddle}), Met());
     EXPECT_EQ(3, d.result);
     EXPECT_EQ("11", d.label) << "take 1 skipped: take 2 comes next";
 
     d = Answer({}, {Finish(IDC_FINISH_SKIP), Finish(IDC_FINISH_NEXT)}, true);  // back to 2, on to 3
-    ASSERT_EQ(2u, shown.size());
-    EXPECT_EQ(kLast, shown[1].enabled);
+    EXPECT_EQ((std::vector<std::string>{kMiddle, kLast}), Met());
     EXPECT_EQ("36", d.label);
     EXPECT_FALSE(d.done);
     EXPECT_TRUE(TakeBeeps().empty());

@@ -22,14 +22,8 @@ std::vector<std::string> ListTexts(HWND dlg) {
     return out;
 }
 
-class Selection : public testing::Test {
+class Selection : public ModuleTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(p.loaded);
-        ResetModule();
-    }
-    void TearDown() override { ResetModule(); }
-
     // Starts a run, lets `user` work the selection dialog; the first delivery's label.
     std::string StartAndFirstLabel(const std::function<void(HWND)>& user) {
         p.Initialize(cat.base().c_str());
@@ -47,10 +41,6 @@ protected:
         return ImageList_GetImageCount(reinterpret_cast<HIMAGELIST>(
             SendDlgItemMessageA(dlg, kList, LVM_GETIMAGELIST, LVSIL_SMALL, 0)));
     }
-
-    PluginHost& p = PluginHost::Get();
-    HostWindow host;
-    Catalog cat;
 };
 
 TEST_F(Selection, ListsTheEntriesWithoutDeletedMarkAndReturnsTheChosenNumber) {
@@ -145,40 +135,71 @@ TEST_F(Selection, EmptyCatalogOnlyCancels) {
     EXPECT_EQ((std::vector<UINT>{MB_ICONASTERISK}), TakeBeeps());
 }
 
-// A 24-bit BMP of one colour.
-void WriteBmp(const std::string& path, int w, int h, BYTE grey) {
-    const int row = (w * 3 + 3) & ~3;
-    BITMAPINFOHEADER ih{sizeof ih, w, h, 1, 24, BI_RGB, static_cast<DWORD>(row * h)};
-    BITMAPFILEHEADER fh{0x4D42, static_cast<DWORD>(14 + 40 + row * h), 0, 0, 54};
-    std::string data(reinterpret_cast<char*>(&fh), 14);
-    data.append(reinterpret_cast<char*>(&ih), 40);
-    data.append(static_cast<size_t>(row) * h, static_cast<char>(grey));
-    testing_support::WriteText(path, data);
-}
-
-TEST_F(Selection, ThumbnailModeHoldsOneImagePerEntry) {
-    cat.AddTemplate(1, "A", {{"11"}});
-    cat.AddTemplate(2, "B", {{"21"}});  // no picture: a black placeholder
-    cat.AddTemplate(3, "C", {{"31"}});
-    cat.AddTemplate(4, "D", {{"41"}}, true);
-    WriteBmp(cat.folder() + "Template1.bmp", 200, 150, 200);
-    WriteBmp(cat.folder() + "Template3.bmp", 200, 150, 100);
-    WriteBmp(cat.folder() + "Template4.bmp", 200, 150, 50);
-    testing_support::WriteText(cat.folder() + "Template2.bmp", "BM broken");
+// In thumbnail mode every entry shows its own template's picture in rows as
+// high as the pictures, also when deleted entries, missing pictures and broken
+// files lie between them.
+TEST_F(Selection, ThumbnailModeShowsEachEntrysOwnPicture) {
+    constexpr COLORREF kNoFile = 0x01000000, kBrokenFile = 0x02000000;  // black placeholders
+    const struct {
+        const char* name;
+        bool deleted;
+        COLORREF picture;
+    } entries[] = {{"Rot", false, RGB(220, 20, 20)}, {"Weg", true, RGB(230, 230, 0)},
+                   {"Ohne", false, kNoFile},         {"Kaputt", false, kBrokenFile},
+                   {"Gruen", false, RGB(20, 200, 40)}, {"Blau", false, RGB(30, 40, 210)}};
+    std::vector<COLORREF> expected;
+    for (int n = 1; n <= 6; ++n) {
+        const auto& e = entries[n - 1];
+        cat.AddTemplate(n, e.name, {{"11"}}, e.deleted);
+        const std::string bmp = cat.folder() + "Template" + std::to_string(n) + ".bmp";
+        if (e.picture == kBrokenFile) testing_support::WriteText(bmp, "BM broken");
+        if (!(e.picture >> 24)) testing_support::WriteBmp(bmp, 200, 150, e.picture);
+        if (!e.deleted) expected.push_back(e.picture >> 24 ? RGB(0, 0, 0) : e.picture);
+    }
     cat.Set("SelectionDlg", "Mode", "1");
-    int images = -1, items = -1, rowHeight = 0, textImages = -1;
+    std::vector<int> images;
+    std::vector<COLORREF> shown;
+    int imageCount = -1, rowHeight = 0, textImages = -1;
     StartAndFirstLabel([&](HWND dlg) {
-        items = static_cast<int>(ListTexts(dlg).size());
-        images = ImageCount(dlg);
-        RECT r{LVIR_BOUNDS};
-        SendDlgItemMessageA(dlg, kList, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&r));
-        rowHeight = r.bottom - r.top;
+        HWND list = GetDlgItem(dlg, kList);
+        imageCount = ImageCount(dlg);
+        RECT bounds{LVIR_BOUNDS};
+        SendMessageA(list, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&bounds));
+        rowHeight = bounds.bottom - bounds.top;
+        const int n = static_cast<int>(SendMessageA(list, LVM_GETITEMCOUNT, 0, 0));
+        for (int i = 0; i < n; ++i) {
+            LVITEMA item{};
+            item.mask = LVIF_IMAGE;
+            item.iItem = i;
+            SendMessageA(list, LVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&item));
+            images.push_back(item.iImage);
+            // What the list paints beside the entry, scrolled into view.
+            SendMessageA(list, LVM_ENSUREVISIBLE, i, FALSE);
+            RECT icon{LVIR_ICON};
+            SendMessageA(list, LVM_GETITEMRECT, i, reinterpret_cast<LPARAM>(&icon));
+            // The list paints on its own thread: until it has, the spot shows
+            // the erased background, which no thumbnail here has.
+            RedrawWindow(list, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+            COLORREF pixel = CLR_INVALID;
+            for (int wait = 0; wait < 100 && (pixel == CLR_INVALID || pixel == RGB(255, 255, 255));
+                 ++wait) {
+                if (wait) Sleep(10);
+                fw::WindowDC dc(list);
+                pixel = GetPixel(dc.get(), (icon.left + icon.right) / 2,
+                                 (icon.top + icon.bottom) / 2);
+            }
+            shown.push_back(pixel);
+        }
         SendDlgItemMessageA(dlg, kPreviewBox, BM_CLICK, 0, 0);
         textImages = ImageCount(dlg);
         DialogDriver::Click(dlg, IDCANCEL);
     });
-    EXPECT_EQ(3, items);
-    EXPECT_EQ(3, images) << "deleted entries add no picture; a broken file a placeholder";
+    EXPECT_EQ((std::vector<int>{0, 1, 2, 3, 4}), images) << "image index = list index";
+    EXPECT_EQ(5, imageCount)
+        << "deleted entries add no picture; a missing or broken file a placeholder";
+    ASSERT_EQ(expected.size(), shown.size());
+    for (size_t i = 0; i < shown.size(); ++i)
+        EXPECT_EQ(expected[i], shown[i]) << "entry " << i << " shows " << std::hex << shown[i];
     EXPECT_GE(rowHeight, 150) << "thumbnail rows are as high as the pictures";
     EXPECT_EQ(0, textImages) << "text mode: the 1 x 1 list without images";
 }
@@ -186,8 +207,8 @@ TEST_F(Selection, ThumbnailModeHoldsOneImagePerEntry) {
 TEST_F(Selection, AWidePictureShiftsTheImagesAfterIt) {
     cat.AddTemplate(1, "A", {{"11"}});
     cat.AddTemplate(2, "B", {{"21"}});
-    WriteBmp(cat.folder() + "Template1.bmp", 400, 150, 200);
-    WriteBmp(cat.folder() + "Template2.bmp", 200, 150, 100);
+    testing_support::WriteBmp(cat.folder() + "Template1.bmp", 400, 150, RGB(200, 200, 200));
+    testing_support::WriteBmp(cat.folder() + "Template2.bmp", 200, 150, RGB(100, 100, 100));
     cat.Set("SelectionDlg", "Mode", "1");
     int images = -1;
     StartAndFirstLabel([&](HWND dlg) {

@@ -6,6 +6,12 @@
 #include <cstring>
 #include <string>
 
+// A value's bytes, as a block of a host holds them.
+template <typename T>
+std::string Bytes(const T& v) {
+    return std::string(reinterpret_cast<const char*>(&v), sizeof v);
+}
+
 class GuardedBlock {
 public:
     explicit GuardedBlock(const std::string& bytes) : m_size(bytes.size()) {

@@ -137,11 +137,6 @@ int Release(HGLOBAL h) {
 
 // --- Bitmaps -------------------------------------------------------------------
 
-template <typename T>
-std::string Bytes(const T& v) {
-    return std::string(reinterpret_cast<const char*>(&v), sizeof v);
-}
-
 struct Dib {
     std::string header;  // header, masks and colour table: the first block
     std::string bits;    // pixel rows or RLE stream: the second block
@@ -443,14 +438,9 @@ protected:
 // With few rounds a rotating share of the suite, with many all of it.
 std::vector<std::string> SuiteSample() {
     std::vector<std::string> files;
-    for (const char* sub : {"g\\", "q\\"}) {
-        WIN32_FIND_DATAA fd;
-        const std::string dir = g_options.bmpsuite + sub;
-        HANDLE h = FindFirstFileA((dir + "*.bmp").c_str(), &fd);
-        for (bool more = h != INVALID_HANDLE_VALUE; more; more = FindNextFileA(h, &fd))
-            files.push_back(dir + fd.cFileName);
-        if (h != INVALID_HANDLE_VALUE) FindClose(h);
-    }
+    for (const char* sub : {"g\\", "q\\"})
+        for (const std::string& name : testing_support::FilesIn(g_options.bmpsuite + sub, "*.bmp"))
+            files.push_back(g_options.bmpsuite + sub + name);
     std::sort(files.begin(), files.end());
     std::mt19937_64 rng(SubSeed("suite"));
     std::shuffle(files.begin(), files.end(), rng);
@@ -638,10 +628,8 @@ int main(int argc, char** argv) {
         const std::string a = argv[i], value = a.substr(a.find('=') + 1);
         if (a.rfind("--seed=", 0) == 0) g_options.seed = std::strtoull(value.c_str(), nullptr, 10);
         if (a.rfind("--rounds=", 0) == 0) g_options.rounds = std::max(1, std::atoi(value.c_str()));
-        if (a.rfind("--bmpsuite=", 0) == 0) {
-            g_options.bmpsuite = (value[0] == '/' ? "Z:" : "") + value + "/";
-            std::replace(g_options.bmpsuite.begin(), g_options.bmpsuite.end(), '/', '\\');
-        }
+        if (a.rfind("--bmpsuite=", 0) == 0)
+            g_options.bmpsuite = testing_support::WindowsPath(value);
     }
     std::printf("stress: --seed=%llu --rounds=%d replays this run\n", g_options.seed, g_options.rounds);
     std::fflush(stdout);

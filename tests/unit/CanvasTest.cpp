@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include "Fixtures.h"
+#include "InputSupport.h"
 #include "layout/LayoutCanvas.h"
 #include "layout/LayoutOwner.h"
 #include "res/resource.h"
@@ -10,6 +11,9 @@
 #include "ui/TakeDlg.h"
 
 namespace {
+
+using testing_support::BitmapPixels;
+using testing_support::PaintedBitmap;
 
 class Owner : public CLayoutOwner {
 public:
@@ -21,49 +25,31 @@ public:
 };
 
 // A popup holding a static control of the given client size, as a dialog does.
-class CanvasWindow {
-public:
-    CanvasWindow(int w, int h, int x = 0) {
-        m_popup = CreateWindowExA(0, "STATIC", "", WS_POPUP | WS_VISIBLE, x, 0, w + 40, h + 40,
-                                  nullptr, nullptr, nullptr, nullptr);
-        m_control = CreateWindowExA(0, "STATIC", "", WS_CHILD | WS_VISIBLE | SS_NOTIFY, 0, 0, w,
-                                    h, m_popup, nullptr, nullptr, nullptr);
-    }
-    ~CanvasWindow() { DestroyWindow(m_popup); }
-    HWND control() const { return m_control; }
-
-private:
-    HWND m_popup, m_control;
+struct CanvasWindow : input_support::Popup {
+    CanvasWindow(int w, int h, int x = 0)
+        : Popup(x, 0, w + 40, h + 40), control(Add("STATIC", SS_NOTIFY, 0, 0, w, h)) {}
+    const HWND control;
 };
-
-CTake* NewTake(std::vector<BYTE> teeth, int x, int y, int holder = 1) {
-    auto* t = new CTake;
-    t->SetTeeth(teeth);
-    t->SetSensor(2);  // 800 x 600
-    for (int i = 0; i < 3; ++i) t->ZoomOut();  // 200 x 150
-    t->MoveTo(x, y);
-    t->SetHolder(holder);
-    return t;
-}
 
 class Canvas : public testing::Test {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(canvas.Subclass(window.control()));
-        canvas.Init(&owner, &noFile);
+    void SetUp() override { Show(canvas, window, &owner, false); }
+    // Makes `c` the canvas of the window's control, showing tpl unless told not to.
+    void Show(CLayoutCanvas& c, const CanvasWindow& w, CLayoutOwner* o, bool showTpl = true) {
+        ASSERT_TRUE(c.Subclass(w.control));
+        c.Init(o, &noFile);
+        if (showTpl) c.SetTemplate(&tpl);
     }
     int PositionOfSelected() const {
         return canvas.GetSelectedTake() ? canvas.GetSelectedTake()->GetPosition() : -1;
     }
     void Click(int x, int y) {
-        SendMessageA(window.control(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
+        SendMessageA(window.control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
     }
     // A canvas of the full layout size (1024 x 768) showing tpl, for reading labels.
     CLayoutCanvas& Wide() {
         big = std::make_unique<CanvasWindow>(1024, 768);
-        EXPECT_TRUE(wide.Subclass(big->control()));
-        wide.Init(&owner, &noFile);
-        wide.SetTemplate(&tpl);
+        Show(wide, *big, &owner);
         return wide;
     }
     SettingsFile settings{SensorSection(1, "A", 1000, 800) + SensorSection(2, "B", 800, 600) +
@@ -86,15 +72,12 @@ TEST_F(Canvas, OutlineVariantFollowsOrientationAndQuadrant) {
         t.SetTeeth(teeth);
         EXPECT_EQ(variant, CTakeTracker::OutlineVariant(t));
     }
-    CTake v;
-    v.SetTeeth({31, 32});
-    v.SetSensor(2);
-    for (int i = 0; i < 3; ++i) v.ZoomOut();
-    v.Rotate();
-    ASSERT_TRUE(v.IsVertical());
-    EXPECT_EQ(1, CTakeTracker::OutlineVariant(v));
-    v.SetTeeth({11, 21});
-    EXPECT_EQ(3, CTakeTracker::OutlineVariant(v));
+    std::unique_ptr<CTake> v(NewTake({31, 32}, 100, 100));
+    v->Rotate();
+    ASSERT_TRUE(v->IsVertical());
+    EXPECT_EQ(1, CTakeTracker::OutlineVariant(*v));
+    v->SetTeeth({11, 21});
+    EXPECT_EQ(3, CTakeTracker::OutlineVariant(*v));
 }
 
 TEST_F(Canvas, TheTopmostTakeWinsAndAClickBringsItUp) {
@@ -140,37 +123,29 @@ TEST_F(Canvas, OrderModeNumbersTheTakesInClickOrder) {
 TEST_F(Canvas, WithoutOwnerClicksChangeNothing) {
     CanvasWindow other(256, 192);
     CLayoutCanvas preview;
-    ASSERT_TRUE(preview.Subclass(other.control()));
-    preview.Init(nullptr, &noFile);
     tpl.AddTake(NewTake({11}, 100, 100));
     tpl.AddTake(NewTake({12}, 500, 500));
-    preview.SetTemplate(&tpl);
+    Show(preview, other, nullptr);
     preview.SelectTake(1);
-    SendMessageA(other.control(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(30, 30));
-    SendMessageA(other.control(), WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(30, 30));
+    SendMessageA(other.control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(30, 30));
+    SendMessageA(other.control, WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(30, 30));
     EXPECT_EQ(1, preview.GetSelectedTake()->GetPosition());
-    EXPECT_EQ(HTTRANSPARENT, SendMessageA(other.control(), WM_NCHITTEST, 0, MAKELPARAM(30, 30)));
+    EXPECT_EQ(HTTRANSPARENT, SendMessageA(other.control, WM_NCHITTEST, 0, MAKELPARAM(30, 30)));
     EXPECT_EQ(0, owner.charts);
 }
 
 // Pixels of the label colour in the label band of an item: the label's width.
 int LabelWidth(CTakeTracker& t, bool orderMode, bool showOnlyActive, DWORD labelColor = 0x00FF00u) {
     const int w = 1024, h = 768;
-    fw::WindowDC screen(nullptr);
-    fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
-    fw::UniqueBitmap bmp(CreateCompatibleBitmap(screen.get(), w, h));
-    {
-        fw::SelectObj sel(dc.get(), bmp.get());
-        SetBkMode(dc.get(), TRANSPARENT);
-        t.Paint(dc.get(), orderMode, showOnlyActive, nullptr);
-    }
-    int pw, ph;
-    auto px = testing_support::BitmapPixels(bmp.get(), pw, ph);
+    const auto px = BitmapPixels(PaintedBitmap(w, h, BLACKNESS, [&](HDC dc) {
+                                     SetBkMode(dc, TRANSPARENT);
+                                     t.Paint(dc, orderMode, showOnlyActive, nullptr);
+                                 }).get());
     const RECT r = t.GetTrackerRect();
     int left = w, right = -1;
-    for (int y = r.top; y < r.top + 14 && y < ph; ++y)
-        for (int x = 0; x < pw; ++x)
-            if (px[y * pw + x] == labelColor) {
+    for (int y = r.top; y < r.top + 14 && y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            if (px[y * w + x] == labelColor) {
                 left = std::min(left, x);
                 right = std::max(right, x);
             }
@@ -205,11 +180,11 @@ TEST_F(Canvas, ThumbnailShowsTheTakesAtTheirPlacesIn200By150) {
     tpl.AddTake(NewTake({11}, 100, 100));  // 200 x 150 layout units
     tpl.AddTake(NewTake({21}, 600, 400));  // selected: built last
     canvas.SetTemplate(&tpl);
-    UpdateWindow(window.control());
+    UpdateWindow(window.control);
     fw::UniqueBitmap thumb;
     EXPECT_TRUE(canvas.RenderThumbnail(thumb));
     int w, h;
-    const auto px = testing_support::BitmapPixels(thumb.get(), w, h);
+    const auto px = BitmapPixels(thumb.get(), &w, &h);
     ASSERT_EQ(200, w);
     ASSERT_EQ(150, h);
     // A layout point as the thumbnail shows it, below the label band.
@@ -230,9 +205,9 @@ TEST_F(Canvas, MovedTakeFollowsTheMouseInsideTheArea) {
     canvas.SetTemplate(&tpl);
     CTakeTracker* t = canvas.GetTracker(0);
     // Drive the tracker's loop: posted moves and the release are waiting for it.
-    PostMessageA(window.control(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(40, 40));
-    PostMessageA(window.control(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(1, 1));
-    PostMessageA(window.control(), WM_LBUTTONUP, 0, MAKELPARAM(1, 1));
+    PostMessageA(window.control, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(40, 40));
+    PostMessageA(window.control, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(1, 1));
+    PostMessageA(window.control, WM_LBUTTONUP, 0, MAKELPARAM(1, 1));
     Click(30, 30);
     const RECT r = tpl.GetTake(0)->GetRect();
     EXPECT_EQ(70, r.left) << "never left of the layout area";
@@ -242,33 +217,20 @@ TEST_F(Canvas, MovedTakeFollowsTheMouseInsideTheArea) {
 
 // What a window holds now, as the last repaints left it.
 std::vector<DWORD> Read(HWND window) {
-    RECT r;
-    GetClientRect(window, &r);
-    fw::WindowDC screen(window);
-    fw::UniqueDC memory(CreateCompatibleDC(screen.get()));
-    fw::UniqueBitmap bmp(CreateCompatibleBitmap(screen.get(), r.right, r.bottom));
-    {
-        fw::SelectObj sel(memory.get(), bmp.get());
-        BitBlt(memory.get(), 0, 0, r.right, r.bottom, screen.get(), 0, 0, SRCCOPY);
-    }
-    int w, h;
-    return testing_support::BitmapPixels(bmp.get(), w, h);
+    return BitmapPixels(testing_support::WindowBitmap(window).get());
 }
 
 // The layout picture stretched to w x h as a plain StretchBlt does it.
 std::vector<DWORD> Stretched(int w, int h) {
-    fw::WindowDC screen(nullptr);
     fw::UniqueBitmap picture(LoadBitmapA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(IDB_LAYOUT)));
-    fw::UniqueBitmap result(CreateCompatibleBitmap(screen.get(), w, h));
     BITMAP bm{};
     GetObjectA(picture.get(), sizeof bm, &bm);
-    {
-        fw::UniqueDC from(CreateCompatibleDC(screen.get())), to(CreateCompatibleDC(screen.get()));
-        fw::SelectObj s1(from.get(), picture.get()), s2(to.get(), result.get());
-        StretchBlt(to.get(), 0, 0, w, h, from.get(), 0, 0, bm.bmWidth, bm.bmHeight, SRCCOPY);
-    }
-    int pw, ph;
-    return testing_support::BitmapPixels(result.get(), pw, ph);
+    fw::UniqueDC from(CreateCompatibleDC(nullptr));
+    fw::SelectObj selected(from.get(), picture.get());
+    return BitmapPixels(PaintedBitmap(w, h, BLACKNESS, [&](HDC to) {
+                            StretchBlt(to, 0, 0, w, h, from.get(), 0, 0, bm.bmWidth, bm.bmHeight,
+                                       SRCCOPY);
+                        }).get());
 }
 
 // Without takes the canvas shows the layout picture stretched to it.
@@ -276,7 +238,7 @@ std::vector<DWORD> Stretched(int w, int h) {
 // what a full repaint shows; a resized canvas shows what one made at that
 // size shows; painting keeps no GDI object beyond those of its first paint.
 TEST_F(Canvas, PartialRepaintsShowWhatAFullOneShows) {
-    const HWND control = window.control();
+    const HWND control = window.control;
     auto full = [&] {
         RedrawWindow(control, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
         return Read(control);
@@ -310,12 +272,10 @@ TEST_F(Canvas, PartialRepaintsShowWhatAFullOneShows) {
     EXPECT_EQ(objects, testing_support::GdiObjectCount());
     CanvasWindow same(280, 220, 400);
     CLayoutCanvas made;
-    ASSERT_TRUE(made.Subclass(same.control()));
-    made.Init(&owner, &noFile);
-    made.SetTemplate(&tpl);
+    Show(made, same, &owner);
     made.SelectAt({35, 35});  // the first take, brought to the top as above
-    RedrawWindow(same.control(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
-    EXPECT_EQ(Read(same.control()), resized) << "as if made at the new size";
+    RedrawWindow(same.control, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    EXPECT_EQ(Read(same.control), resized) << "as if made at the new size";
 }
 
 // The preview keeps its finished picture between paints; after a take moved
@@ -325,15 +285,13 @@ TEST_F(Canvas, APreviewShowsWhatChangedAsANewOneDoes) {
     tpl.AddTake(NewTake({21}, 600, 400));
     auto shown = [&](CanvasWindow& w, CLayoutCanvas& c) {
         if (!c.hwnd()) {
-            EXPECT_TRUE(c.Subclass(w.control()));
-            c.Init(nullptr, &noFile);
-            c.SetTemplate(&tpl);
+            Show(c, w, nullptr);
             c.SelectTake(1);
         }
         // Kept: the first repaint after a move draws the border where the item was.
         for (int i = 0; i < 2; ++i)
-            RedrawWindow(w.control(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
-        return Read(w.control());
+            RedrawWindow(w.control, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        return Read(w.control);
     };
     CanvasWindow keptWindow(256, 192, 400);
     CLayoutCanvas kept;

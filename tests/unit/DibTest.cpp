@@ -40,7 +40,7 @@ bool ReadThroughBitmap(const std::string& path, Image& img) {
     if (!dib) return false;
     fw::UniqueBitmap bmp(DibToBitmap(dib.get(), nullptr));
     if (!bmp) return false;
-    img.px = BitmapPixels(bmp.get(), img.w, img.h);
+    img.px = BitmapPixels(bmp.get(), &img.w, &img.h);
     return true;
 }
 
@@ -53,17 +53,6 @@ int MaxDifference(const Image& a, const Image& b) {
             worst = std::max(worst, d < 0 ? -d : d);
         }
     return worst;
-}
-
-std::vector<std::string> FilesIn(const std::string& dir, const char* pattern) {
-    std::vector<std::string> names;
-    WIN32_FIND_DATAA fd;
-    HANDLE h = FindFirstFileA((dir + pattern).c_str(), &fd);
-    if (h == INVALID_HANDLE_VALUE) return names;
-    do names.push_back(fd.cFileName);
-    while (FindNextFileA(h, &fd));
-    FindClose(h);
-    return names;
 }
 
 struct Header {
@@ -253,7 +242,7 @@ TEST(Thumbnail, ScreenBitmapBecomesA32BitFileAndReadsBack) {
 
     Image back, original;
     ASSERT_TRUE(ReadThroughBitmap(out, back));
-    original.px = BitmapPixels(bmp.get(), original.w, original.h);
+    original.px = BitmapPixels(bmp.get(), &original.w, &original.h);
     EXPECT_EQ(0, MaxDifference(back, original));
     EXPECT_EQ(0xFF0000u, back.px[30 * 200 + 20]);
 }
@@ -263,7 +252,7 @@ TEST(Drawing, StretchInPlaceKeepsTheSize) {
     fw::UniqueBitmap bmp = FilledBitmap(100, 80);
     StretchBitmapInPlace(screen.get(), bmp.get(), 0.5, 0.25);
     int w, h;
-    auto px = BitmapPixels(bmp.get(), w, h);
+    auto px = BitmapPixels(bmp.get(), &w, &h);
     ASSERT_EQ(100, w);
     ASSERT_EQ(80, h);
     EXPECT_EQ(0xFFFFFFu, px[19 * 100 + 49]);
@@ -273,27 +262,21 @@ TEST(Drawing, StretchInPlaceKeepsTheSize) {
     fw::UniqueBitmap stripes = FilledBitmap(100, 10, BLACKNESS);
     FillBitmapRect(stripes.get(), {50, 0, 100, 10}, RGB(255, 255, 255));  // right half white
     StretchBitmapInPlace(screen.get(), stripes.get(), 1.999, 1.0);  // 199 wide, left 100 kept
-    px = BitmapPixels(stripes.get(), w, h);
+    px = BitmapPixels(stripes.get(), &w);
     EXPECT_EQ(100, w);
     EXPECT_EQ(0u, px[5 * 100 + 99]) << "the left half, doubled, fills all that remains";
 }
 
 TEST(Drawing, TransparentBitmapLetsTheBackgroundShowThroughBlack) {
-    fw::WindowDC screen(nullptr);
-    fw::UniqueDC target(CreateCompatibleDC(screen.get()));
-    fw::UniqueBitmap canvas = FilledBitmap(20, 10);
     fw::UniqueBitmap sprite = FilledBitmap(10, 10, BLACKNESS);
     FillBitmapRect(sprite.get(), {0, 0, 5, 10}, RGB(0, 0, 255));  // left half blue, right black
-    {
-        fw::SelectObj sel(target.get(), canvas.get());
-        DrawTransparentBitmap(target.get(), sprite.get(), 5, 0, RGB(0, 0, 0));
-    }
-    int w, h;
-    auto px = BitmapPixels(canvas.get(), w, h);
+    fw::UniqueBitmap canvas = PaintedBitmap(20, 10, WHITENESS, [&](HDC dc) {
+        DrawTransparentBitmap(dc, sprite.get(), 5, 0, RGB(0, 0, 0));
+    });
+    auto px = BitmapPixels(canvas.get());
     EXPECT_EQ(0x0000FFu, px[5 * 20 + 6]);
     EXPECT_EQ(0xFFFFFFu, px[5 * 20 + 12]) << "black is transparent";
-    auto sp = BitmapPixels(sprite.get(), w, h);
-    EXPECT_EQ(0u, sp[5 * 10 + 8]) << "the caller's bitmap is unchanged";
+    EXPECT_EQ(0u, BitmapPixels(sprite.get())[5 * 10 + 8]) << "the caller's bitmap is unchanged";
 }
 
 }  // namespace

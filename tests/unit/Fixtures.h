@@ -5,6 +5,7 @@
 #include <string>
 #include "TestSupport.h"
 #include "settings/Settings.h"
+#include "templates/Take.h"
 
 // A sensor section: rectangle outline of the picture's proportions.
 inline std::string SensorSection(int n, const std::string& name, int pw, int ph) {
@@ -20,6 +21,17 @@ inline std::string StandardSettings(const std::string& extra = std::string()) {
     return SensorSection(1, "Gross", 1000, 800) + SensorSection(2, "Klein", 800, 600) +
            "[Holder1]\r\nName=Front\r\nColorR=255\r\nHorizontal=0\r\nVertical=1\r\n"
            "[Holder2]\r\nName=Seite\r\nColorB=255\r\nHorizontal=1\r\nVertical=0\r\n" + extra;
+}
+
+// A take of `sensor` at zoom 1/4 (sensor 2 above: 200 x 150) placed at (x, y).
+inline CTake* NewTake(std::vector<BYTE> teeth, int x, int y, int holder = 1, int sensor = 2) {
+    auto* t = new CTake;
+    t->SetTeeth(teeth);
+    t->SetSensor(sensor);
+    for (int i = 0; i < 3; ++i) t->ZoomOut();
+    t->MoveTo(x, y);
+    t->SetHolder(holder);
+    return t;
 }
 
 inline bool SameRect(const RECT& a, const RECT& b) { return EqualRect(&a, &b) != FALSE; }

@@ -1,17 +1,14 @@
 // The framework layer on real windows: handle owners, subclasses sharing a
-// window, lost capture, the dialog's message fallback and placement, popup
-// menus, list views and who destroys their image lists, off-screen painting,
-// INI sections read once.
+// window, lost capture, the dialog's placement, list views and who destroys
+// their image lists, off-screen painting, INI sections read once.
 #include <gtest/gtest.h>
 #include <algorithm>
 #include "InputSupport.h"
 #include "TestSupport.h"
-#include "fw/Dialog.h"
 #include "fw/IniSection.h"
 #include "fw/IniSnapshot.h"
 #include "fw/ListView.h"
 #include "fw/OffscreenBuffer.h"
-#include "fw/PopupMenu.h"
 #include "fw/Window.h"
 #include "res/resource.h"
 #include "ui/SelectionDlg.h"
@@ -114,33 +111,6 @@ TEST(Window, LosingTheCaptureToAnotherWindowIsReported) {
     EXPECT_EQ(2, control.captureLost) << "released: no one has it now";
 }
 
-constexpr UINT kAsk = WM_APP + 2;
-
-// The finish dialog's template serves as any dialog.
-class ProbeDialog : public fw::Dialog {
-public:
-    ProbeDialog() : fw::Dialog(IDD_FINISH, nullptr) {}
-    fw::UniqueBrush background{CreateSolidBrush(RGB(0, 128, 0))};
-
-protected:
-    bool OnMessage(UINT msg, WPARAM wp, LPARAM, LRESULT& result) override {
-        if (msg == kAsk) result = static_cast<LRESULT>(wp) * 2;
-        if (msg == WM_CTLCOLORDLG) result = reinterpret_cast<LRESULT>(background.get());
-        return msg == kAsk || msg == WM_CTLCOLORDLG;
-    }
-};
-
-TEST(Dialog, MessagesBeyondTheBaseReachTheDerivedDialog) {
-    ProbeDialog dlg;
-    ASSERT_TRUE(dlg.Create(nullptr));
-    EXPECT_EQ(42, SendMessageA(dlg.hwnd(), kAsk, 21, 0)) << "a user message and its result";
-    EXPECT_EQ(reinterpret_cast<LRESULT>(dlg.background.get()),
-              SendMessageA(dlg.hwnd(), WM_CTLCOLORDLG, 0, reinterpret_cast<LPARAM>(dlg.hwnd())))
-        << "colour messages return their brush directly";
-    SetWindowTextA(dlg.hwnd(), "Neu");
-    EXPECT_EQ("Neu", DialogDriver::Text(dlg.hwnd())) << "what the dialog leaves keeps its default";
-}
-
 // Shows the selection dialog over `owner` and cancels it as a user does;
 // returns its window rectangle as shown.
 RECT ShowSelectionDialog(const std::string& catalog, HWND owner = nullptr) {
@@ -189,34 +159,6 @@ TEST(Dialog, CentringKeepsTheDialogInsideTheWorkArea) {
             EXPECT_NEAR(o.y + oh / 2, (r.top + r.bottom) / 2, 1);
         }
     }
-}
-
-// Made as the layout canvas's context menu is made, with its command ids.
-TEST(PopupMenu, TheKeyboardChoosesInASubMenuWhichDiesWithItsParent) {
-    constexpr UINT kSensor = 32814;
-    Host host;
-    HMENU inner;
-    {
-        fw::PopupMenu menu, sensors;
-        menu.AppendItem(32800, "Zoom +");
-        menu.AppendItem(32801, "Zoom -");
-        menu.AppendSeparator();
-        menu.AppendItem(32802, "L\xF6schen");
-        sensors.AppendItem(kSensor, "Gross");
-        sensors.AppendItem(kSensor + 1, "Klein");
-        inner = sensors.get();
-        ASSERT_TRUE(menu.AppendSubMenu(std::move(sensors), "Sensor"));
-        EXPECT_FALSE(sensors) << "the parent owns it now";
-        const UINT flags = TPM_RIGHTBUTTON | TPM_LEFTALIGN | TPM_RETURNCMD;
-        auto user = Person({VK_UP, VK_RIGHT, VK_DOWN, VK_RETURN});  // the last entry's second
-        EXPECT_EQ(kSensor + 1, menu.Track(host.popup.get(), POINT{150, 150}, flags));
-        EXPECT_TRUE(user.get().menu);
-        user = Person({VK_ESCAPE});
-        EXPECT_EQ(0u, menu.Track(host.popup.get(), POINT{150, 150}, flags)) << "Escape: nothing";
-        EXPECT_TRUE(user.get().menu);
-        EXPECT_TRUE(IsMenu(inner));
-    }
-    EXPECT_FALSE(IsMenu(inner)) << "destroyed with its parent";
 }
 
 // Watches this program's calls of ImageList_Destroy: which list, and whether

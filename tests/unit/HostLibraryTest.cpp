@@ -1,8 +1,8 @@
 // Without the host's utility library the module answers with its own
 // stand-ins and keeps working.
 #include <gtest/gtest.h>
-#include <thread>
-#include "TestSupport.h"
+#include <future>
+#include "../dll/DialogDriver.h"
 #include "hostlib/HostLibrary.h"
 
 namespace {
@@ -17,25 +17,13 @@ TEST(HostLibrary, StandInsWhenTheHostsLibraryIsMissing) {
 }
 
 TEST(HostLibrary, StandInBoxShowsTheModulesGermanText) {
-    std::string text;
-    std::thread user([&] {
-        for (int i = 0; i < 200; ++i) {
-            Sleep(20);
-            HWND box = FindWindowA("#32770", "Zemblax");
-            if (!box) continue;
-            HWND label = FindWindowExA(box, nullptr, "Static", nullptr);
-            for (; label; label = FindWindowExA(box, label, "Static", nullptr)) {
-                char buf[512] = {};
-                GetWindowTextA(label, buf, sizeof buf);
-                if (*buf) text = buf;
-            }
-            PostMessageA(box, WM_COMMAND, IDYES, 0);
-            return;
-        }
-    });
+    const DialogDriver user;
+    std::string caption;
+    auto text =
+        std::async(std::launch::async, [&] { return user.AnswerBox(IDYES, 4000, &caption); });
     const int answer = HostBoxQuestion(nullptr, 32779);
-    user.join();
-    EXPECT_EQ("Es wurden \xC4nderungen vorgenommen. Soll gespeichert werden?", text);
+    EXPECT_EQ("Es wurden \xC4nderungen vorgenommen. Soll gespeichert werden?", text.get());
+    EXPECT_EQ("Zemblax", caption);
     EXPECT_NE(0, answer) << "Ja is yes";
 }
 

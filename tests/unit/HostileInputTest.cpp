@@ -13,11 +13,6 @@
 
 namespace {
 
-template <typename T>
-std::string Bytes(const T& v) {
-    return std::string(reinterpret_cast<const char*>(&v), sizeof v);
-}
-
 // Both blocks end right before an inaccessible page: a read past them faults.
 bool Drawable(const std::string& header, const std::string& bits, DibGeometry* g = nullptr) {
     GuardedBlock h(header), b(bits);

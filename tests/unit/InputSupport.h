@@ -66,7 +66,6 @@ inline std::future<Seen> Person(std::vector<UINT> keys, int boxWaitMs = 0, int m
     const DWORD thread = GetCurrentThreadId();
     const DialogDriver driver;
     return std::async(std::launch::async, [=] {
-        constexpr int kBoxText = 0xFFFF;  // the message box's text control
         Seen seen;
         HWND menu = nullptr;
         for (int waited = 0; !menu && waited < menuWaitMs; waited += 10) {
@@ -80,10 +79,7 @@ inline std::future<Seen> Person(std::vector<UINT> keys, int boxWaitMs = 0, int m
             Sleep(30);  // a sub-menu opens between keys
         }
         DialogDriver::WaitGone(menu, 3000);
-        if (HWND box = driver.WaitFor(kBoxText, boxWaitMs)) {
-            seen.box = DialogDriver::ItemText(box, kBoxText);
-            DialogDriver::Click(box, IDOK);
-        }
+        seen.box = driver.AnswerBox(IDOK, boxWaitMs);
         return seen;
     });
 }

@@ -35,14 +35,10 @@ std::string ManySensorsAndHolders() {
 enum Entry : int { kZoomIn, kZoomOut, kRotate, kTooth, kFirstSensorEntry,
                    kFirstHolderEntry = 15, kDeleteEntry = 25, kEntryCount };
 
-CTake* NewTake(int x, int y, int holder, bool vertical = false) {
-    auto* t = new CTake;
-    t->SetTeeth({11});
-    t->SetSensor(2);                            // 800 x 600
-    for (int i = 0; i < 3; ++i) t->ZoomOut();  // 200 x 150
+// A take of tooth 11 on sensor 2 at zoom 1/4: 200 x 150, or 150 x 200 standing.
+CTake* MenuTake(int x, int y, int holder, bool vertical = false) {
+    CTake* t = NewTake({11}, x, y, holder);
     if (vertical) t->Rotate();
-    t->MoveTo(x, y);
-    t->SetHolder(holder);
     return t;
 }
 
@@ -164,7 +160,7 @@ TEST_F(LayoutMenu, EachEntryDoesWhatItSaysOrWarns) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        Show({NewTake(600, 100, 3), NewTake(300, 300, c.holder, c.vertical)});
+        Show({MenuTake(600, 100, 3), MenuTake(300, 300, c.holder, c.vertical)});
         canvas.SelectTake(0);  // the right click must select the take it hits
         CTake* take = tpl.GetTake(1);
         CTake before;
@@ -183,7 +179,7 @@ TEST_F(LayoutMenu, EachEntryDoesWhatItSaysOrWarns) {
 }
 
 TEST_F(LayoutMenu, DeleteGoesThroughTheOwner) {
-    Show({NewTake(600, 100, 3), NewTake(300, 300, 3)});
+    Show({MenuTake(600, 100, 3), MenuTake(300, 300, 3)});
     ASSERT_TRUE(Choose(*tpl.GetTake(1), kDeleteEntry, false).menu);
     EXPECT_EQ(std::vector<int>{1}, deleted);
     EXPECT_EQ(1, tpl.GetTakeCount());
@@ -192,7 +188,7 @@ TEST_F(LayoutMenu, DeleteGoesThroughTheOwner) {
 }
 
 TEST_F(LayoutMenu, CommandsWithoutATakeOrOfOtherIdsChangeNothing) {
-    Show({NewTake(300, 300, 3)});
+    Show({MenuTake(300, 300, 3)});
     const RECT r = tpl.GetTake(0)->GetRect();
     const struct {
         bool selected;
@@ -214,7 +210,7 @@ TEST_F(LayoutMenu, CommandsWithoutATakeOrOfOtherIdsChangeNothing) {
 }
 
 TEST_F(LayoutMenu, TheMoveCursorShowsOverTheSelectedTakeOnly) {
-    Show({NewTake(300, 300, 3)});  // pixels 75..125 x 75..112
+    Show({MenuTake(300, 300, 3)});  // pixels 75..125 x 75..112
     const HCURSOR move = LoadCursor(nullptr, IDC_SIZEALL), arrow = LoadCursor(nullptr, IDC_ARROW);
     const struct {
         POINT at;
@@ -240,7 +236,7 @@ TEST_F(LayoutMenu, TheMoveCursorShowsOverTheSelectedTakeOnly) {
 TEST_F(LayoutMenu, EscapeOrTheRightButtonEndsAMoveWhereTheTakeIs) {
     for (UINT cancel : {WM_KEYDOWN, WM_RBUTTONDOWN}) {
         SCOPED_TRACE(cancel);
-        Show({NewTake(300, 300, 3)});
+        Show({MenuTake(300, 300, 3)});
         // The loop of the move finds the mouse moved by (40, 20) pixels, then the cancel.
         PostMessageA(control, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(140, 110));
         if (cancel == WM_KEYDOWN)

@@ -127,14 +127,8 @@ protected:
 // A 32 x 32 picture on white, drawn by `draw` into a memory DC.
 template <typename Draw>
 std::vector<DWORD> Picture(Draw draw) {
-    fw::UniqueBitmap bmp(testing_support::FilledBitmap(32, 32, WHITENESS));
-    {
-        fw::UniqueDC dc(CreateCompatibleDC(nullptr));
-        fw::SelectObj sel(dc.get(), bmp.get());
-        draw(dc.get());
-    }
-    int w, h;
-    return testing_support::BitmapPixels(bmp.get(), w, h);
+    using namespace testing_support;
+    return BitmapPixels(PaintedBitmap(32, 32, WHITENESS, draw).get());
 }
 
 TEST_F(Palette, TwoEntriesPerSensorEachWithItsOwnIcon) {

@@ -79,34 +79,29 @@ TEST_F(TakeFile, VerticalSensorSwapsThePictureSize) {
     EXPECT_FALSE(t.IsModified());
 }
 
-TEST_F(TakeFile, TeethValuesAsTheFileGivesThem) {
-    const std::pair<const char*, Teeth> cases[] = {
+TEST_F(TakeFile, TeethValuesAsTheFileGivesThemCutAt255Characters) {
+    std::string tooLong;
+    for (int i = 0; i < 100; ++i) tooLong += (i % 2 ? "21," : "11,");
+    tooLong += "48";  // beyond the 255 characters read
+    ASSERT_GT(tooLong.size(), 255u);
+    const std::pair<std::string, Teeth> cases[] = {
         {"", Teeth{0}},                  // one empty piece: tooth 0
         {"11,12,", Teeth{11, 12, 0}},    // trailing comma: 0 last
         {"11,12,11", Teeth{12}},         // toggled on and off
         {"300", Teeth{44}},              // low byte
         {"48,11,25", Teeth{11, 25, 48}}, // any order
+        // 255 characters: "11" 43 times and "21" 42 times leave 11; the empty
+        // piece after the last comma read adds tooth 0.
+        {tooLong, Teeth{11, 0}},
     };
     for (const auto& [value, teeth] : cases) {
         CTake t;
-        ASSERT_TRUE(ReadTake(t, std::string("Sensor=2\r\nTeeth=") + value + "\r\n")) << value;
+        ASSERT_TRUE(ReadTake(t, "Sensor=2\r\nTeeth=" + value + "\r\n")) << value;
         EXPECT_EQ(teeth, t.GetTeeth()) << value;
     }
     CTake missing;
     ASSERT_TRUE(ReadTake(missing, "Sensor=2\r\n"));
     EXPECT_EQ((Teeth{0}), missing.GetTeeth());
-}
-
-TEST_F(TakeFile, LongTeethValueIsCutAt255Characters) {
-    std::string value;
-    for (int i = 0; i < 100; ++i) value += (i % 2 ? "21," : "11,");
-    value += "48";  // beyond the 255 characters read
-    ASSERT_GT(value.size(), 255u);
-    CTake t;
-    ASSERT_TRUE(ReadTake(t, "Sensor=2\r\nTeeth=" + value + "\r\n"));
-    // 255 characters: "11" 43 times and "21" 42 times leave 11; the empty
-    // piece after the last comma read adds tooth 0.
-    EXPECT_EQ((Teeth{11, 0}), t.GetTeeth());
 }
 
 TEST_F(TakeFile, ZoomOutOfRangeBecomesOneQuarter) {

@@ -10,15 +10,6 @@ namespace {
 using testing_support::IniString;
 using testing_support::SectionExists;
 
-CTake* NewTake(std::vector<BYTE> teeth, int sensor, int x, int y) {
-    auto* t = new CTake;
-    t->SetTeeth(teeth);
-    t->SetSensor(sensor);
-    for (int i = 0; i < 3; ++i) t->ZoomOut();
-    t->MoveTo(x, y);
-    return t;
-}
-
 class Catalog : public testing::Test {
 protected:
     std::string Cat() const { return settings.path(); }
@@ -39,10 +30,9 @@ TEST_F(Catalog, SavedTemplateLoadsBackWithEveryField) {
     CTemplate t;
     EXPECT_EQ("Unbenannt", t.GetName());
     t.SetName("Status \xC4rger");
-    t.AddTake(NewTake({18, 17, 16}, 1, 100, 80));
-    t.AddTake(NewTake({11, 21}, 2, 400, 300));
+    t.AddTake(NewTake({18, 17, 16}, 100, 80, 0, 1));
+    t.AddTake(NewTake({11, 21}, 400, 300, 1, 2));
     t.GetTake(1)->Rotate();
-    t.GetTake(1)->SetHolder(1);
     ASSERT_TRUE(t.IsModified());
     ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
     EXPECT_EQ(1, t.GetNumber());
@@ -73,12 +63,12 @@ TEST_F(Catalog, NewNumbersSkipDeletedNamesAndStopAtGaps) {
     Put("Template2", "Name", "B");
     Put("Template2", "Deleted", "1");
     CTemplate t;
-    t.AddTake(NewTake({11}, 1, 100, 100));
+    t.AddTake(NewTake({11}, 100, 100));
     ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
     EXPECT_EQ(3, t.GetNumber()) << "a deleted template keeps its number";
     Put("Template5", "Name", "E");
     CTemplate u;
-    u.AddTake(NewTake({12}, 1, 100, 100));
+    u.AddTake(NewTake({12}, 100, 100));
     ASSERT_TRUE(u.Save(thumb.get(), Cat(), false));
     EXPECT_EQ(4, u.GetNumber());
 }
@@ -112,7 +102,7 @@ TEST_F(Catalog, MissingFilesGiveAnEmptyTemplate) {
 TEST_F(Catalog, DeleteMarksTheEntryAndSavingAgainClearsIt) {
     CTemplate t;
     t.SetName("D");
-    t.AddTake(NewTake({11}, 1, 100, 100));
+    t.AddTake(NewTake({11}, 100, 100));
     EXPECT_FALSE(t.Delete(Cat())) << "an unsaved template cannot be deleted";
     ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
     const int n = t.GetNumber();
@@ -140,7 +130,7 @@ TEST_F(Catalog, DeleteMarksTheEntryAndSavingAgainClearsIt) {
 
 TEST_F(Catalog, ShrunkTemplateLeavesNoStaleSections) {
     CTemplate t;
-    for (int i = 0; i < 5; ++i) t.AddTake(NewTake({static_cast<BYTE>(11 + i)}, 1, 100 + 60 * i, 100));
+    for (int i = 0; i < 5; ++i) t.AddTake(NewTake({static_cast<BYTE>(11 + i)}, 100 + 60 * i, 100));
     ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
     EXPECT_TRUE(SectionExists(File("Template1.ini"), "Take_1_5"));
     t.RemoveTake(4);
@@ -154,7 +144,7 @@ TEST_F(Catalog, ShrunkTemplateLeavesNoStaleSections) {
 
 TEST_F(Catalog, SaveWithoutThumbnailFailsAfterErasing) {
     CTemplate t;
-    t.AddTake(NewTake({11}, 1, 100, 100));
+    t.AddTake(NewTake({11}, 100, 100));
     ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
     EXPECT_FALSE(t.Save(nullptr, Cat(), true));
     EXPECT_FALSE(SectionExists(Cat(), "Template1"));
@@ -164,9 +154,9 @@ TEST_F(Catalog, SaveWithoutThumbnailFailsAfterErasing) {
 TEST_F(Catalog, ATakeWithoutTeethStopsTheSave) {
     CTemplate t;
     t.SetName("Halb");
-    t.AddTake(NewTake({11}, 1, 100, 100));
-    t.AddTake(NewTake({}, 1, 300, 100));
-    t.AddTake(NewTake({13}, 1, 500, 100));
+    t.AddTake(NewTake({11}, 100, 100));
+    t.AddTake(NewTake({}, 300, 100));
+    t.AddTake(NewTake({13}, 500, 100));
     EXPECT_FALSE(t.AllTakesHaveTeeth());
     EXPECT_FALSE(t.Save(thumb.get(), Cat(), false));
     EXPECT_TRUE(SectionExists(File("Template1.ini"), "Take_1_1"));
@@ -206,8 +196,8 @@ TEST_F(Catalog, SavingOverOlderFilesLeavesWhatKeyByKeyWritingLeft) {
     CTemplate t;
     t.SetName("Status");
     for (int i = 0; i < kMaxTakes; ++i)
-        t.AddTake(NewTake({static_cast<BYTE>(11 + i % 8), static_cast<BYTE>(41 + i % 8)}, 1 + i % 2,
-                          100 + (i % 8) * 100, 100 + (i / 8) * 150));
+        t.AddTake(NewTake({static_cast<BYTE>(11 + i % 8), static_cast<BYTE>(41 + i % 8)},
+                          100 + (i % 8) * 100, 100 + (i / 8) * 150, 1, 1 + i % 2));
     t.GetTake(3)->Rotate();
     ASSERT_TRUE(t.Save(thumb.get(), Cat(), false));
     ASSERT_EQ(1, t.GetNumber());
@@ -250,16 +240,16 @@ TEST(TemplateList, RenumberAndModifiedFlag) {
     SettingsFile settings;
     CTemplate t;
     EXPECT_TRUE(t.AllTakesHaveTeeth());
-    t.AddTake(NewTake({11}, 1, 100, 100));
-    t.AddTake(NewTake({12}, 1, 200, 100));
-    t.InsertTake(0, NewTake({13}, 1, 300, 100));
-    t.InsertTake(99, NewTake({14}, 1, 400, 100));
+    t.AddTake(NewTake({11}, 100, 100));
+    t.AddTake(NewTake({12}, 200, 100));
+    t.InsertTake(0, NewTake({13}, 300, 100));
+    t.InsertTake(99, NewTake({14}, 400, 100));
     ASSERT_EQ(4, t.GetTakeCount());
     EXPECT_EQ(13, t.GetTake(0)->GetTeeth()[0]);
     EXPECT_EQ(14, t.GetTake(3)->GetTeeth()[0]);
     for (int i = 0; i < 4; ++i) EXPECT_EQ(i, t.GetTake(i)->GetPosition());
     // Refused: the take stays ours (a template owning it would free it twice).
-    std::unique_ptr<CTake> refused(NewTake({15}, 1, 500, 100));
+    std::unique_ptr<CTake> refused(NewTake({15}, 500, 100));
     EXPECT_FALSE(t.InsertTake(-1, refused.get()));
     EXPECT_EQ(4, t.GetTakeCount());
     EXPECT_FALSE(t.RemoveTake(4));
@@ -275,7 +265,7 @@ TEST(Leaks, LoadingAndSavingAgainAndAgainKeepsGdiAndHeapFlat) {
         TheSettings().Load(cat);
         CTemplate t;
         t.SetName("L");
-        t.AddTake(NewTake({11, 12}, 1, 100, 100));
+        t.AddTake(NewTake({11, 12}, 100, 100));
         t.Save(testing_support::FilledBitmap(200, 150).get(), cat, true);
         CTemplate back;
         back.Load(t.GetNumber(), cat);

@@ -10,6 +10,12 @@ namespace testing_support {
 namespace {
 std::string g_testData;
 
+void RemoveTree(const std::string& dir) {
+    std::error_code ignored;
+    std::filesystem::remove_all(dir, ignored);
+}
+}  // namespace
+
 std::string WindowsPath(std::string p) {
     if (!p.empty() && p[0] == '/') p = "Z:" + p;
     for (char& c : p)
@@ -17,12 +23,6 @@ std::string WindowsPath(std::string p) {
     if (!p.empty() && p.back() != '\\') p += '\\';
     return p;
 }
-
-void RemoveTree(const std::string& dir) {
-    std::error_code ignored;
-    std::filesystem::remove_all(dir, ignored);
-}
-}  // namespace
 
 void ParseArgs(int argc, char** argv) {
     for (int i = 1; i < argc; ++i)
@@ -32,6 +32,17 @@ void ParseArgs(int argc, char** argv) {
 const std::string& TestData() { return g_testData; }
 
 bool Exists(const std::string& path) { return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
+std::vector<std::string> FilesIn(const std::string& dir, const char* pattern) {
+    std::vector<std::string> names;
+    WIN32_FIND_DATAA fd;
+    HANDLE h = FindFirstFileA((dir + pattern).c_str(), &fd);
+    if (h == INVALID_HANDLE_VALUE) return names;
+    do names.push_back(fd.cFileName);
+    while (FindNextFileA(h, &fd));
+    FindClose(h);
+    return names;
+}
 
 ScratchDir::ScratchDir() {
     static int counter = 0;
@@ -53,6 +64,21 @@ void WriteText(const std::string& path, const std::string& text) {
 std::string ReadText(const std::string& path) {
     std::ifstream f(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>()};
+}
+
+void WriteBmp(const std::string& path, int w, int h, COLORREF color) {
+    const int row = (w * 3 + 3) & ~3;
+    BITMAPINFOHEADER ih{sizeof ih, w, h, 1, 24, BI_RGB, static_cast<DWORD>(row * h)};
+    BITMAPFILEHEADER fh{0x4D42, static_cast<DWORD>(14 + 40 + row * h), 0, 0, 54};
+    std::string data(reinterpret_cast<char*>(&fh), 14);
+    data.append(reinterpret_cast<char*>(&ih), 40);
+    std::string pixels;
+    for (int x = 0; x < w; ++x)
+        pixels += {static_cast<char>(GetBValue(color)), static_cast<char>(GetGValue(color)),
+                   static_cast<char>(GetRValue(color))};
+    pixels.resize(row);
+    for (int y = 0; y < h; ++y) data += pixels;
+    WriteText(path, data);
 }
 
 std::string IniString(const std::string& file, const char* section, const char* key) {
@@ -127,15 +153,6 @@ void* PatchImport(HMODULE module, const char* dll, const char* name, void* repla
     return nullptr;
 }
 
-fw::UniqueBitmap FilledBitmap(int w, int h, DWORD rop) {
-    fw::WindowDC screen(nullptr);
-    fw::UniqueBitmap bitmap(CreateCompatibleBitmap(screen.get(), w, h));
-    fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
-    fw::SelectObj sel(dc.get(), bitmap.get());
-    PatBlt(dc.get(), 0, 0, w, h, rop);
-    return bitmap;
-}
-
 void FillBitmapRect(HBITMAP bitmap, RECT r, COLORREF color) {
     fw::WindowDC screen(nullptr);
     fw::UniqueDC dc(CreateCompatibleDC(screen.get()));
@@ -144,15 +161,24 @@ void FillBitmapRect(HBITMAP bitmap, RECT r, COLORREF color) {
     FillRect(dc.get(), &r, brush.get());
 }
 
-std::vector<DWORD> BitmapPixels(HBITMAP bitmap, int& width, int& height) {
+fw::UniqueBitmap WindowBitmap(HWND window) {
+    RECT r{};
+    GetClientRect(window, &r);
+    fw::WindowDC source(window);
+    return PaintedBitmap(r.right, r.bottom, BLACKNESS, [&](HDC dc) {
+        BitBlt(dc, 0, 0, r.right, r.bottom, source.get(), 0, 0, SRCCOPY);
+    });
+}
+
+std::vector<DWORD> BitmapPixels(HBITMAP bitmap, int* width, int* height) {
     BITMAP bm{};
     GetObjectA(bitmap, sizeof bm, &bm);
-    width = bm.bmWidth;
-    height = bm.bmHeight;
-    std::vector<DWORD> px(static_cast<size_t>(width) * height);
-    BITMAPINFOHEADER bih{sizeof bih, width, -height, 1, 32, BI_RGB};
+    if (width) *width = bm.bmWidth;
+    if (height) *height = bm.bmHeight;
+    std::vector<DWORD> px(static_cast<size_t>(bm.bmWidth) * bm.bmHeight);
+    BITMAPINFOHEADER bih{sizeof bih, bm.bmWidth, -bm.bmHeight, 1, 32, BI_RGB};
     fw::WindowDC dc(nullptr);
-    GetDIBits(dc.get(), bitmap, 0, height, px.data(), reinterpret_cast<BITMAPINFO*>(&bih),
+    GetDIBits(dc.get(), bitmap, 0, bm.bmHeight, px.data(), reinterpret_cast<BITMAPINFO*>(&bih),
               DIB_RGB_COLORS);
     for (DWORD& p : px) p &= 0xFFFFFF;
     return px;

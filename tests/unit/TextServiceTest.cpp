@@ -159,19 +159,11 @@ TEST_F(TextServiceTest, TranslateWindowAndMenuByKey) {
 TEST_F(TextServiceTest, ShowMessageOfAnEmptyTextReportsAnInternalError) {
     Register(1033);
     BeginTexts("ZEMBLAX", 0, nullptr, "");
-    std::string box;
-    const int kBoxText = 0xFFFF;  // the message box's text control
-    DialogDriver user;
-    auto driver = std::async(std::launch::async, [&] {
-        HWND w = user.WaitFor(kBoxText, 5000);
-        if (!w) return;
-        box = DialogDriver::ItemText(w, kBoxText);
-        PostMessageA(w, WM_COMMAND, IDOK, 0);
-    });
+    const DialogDriver user;
+    auto box = std::async(std::launch::async, [&] { return user.AnswerBox(IDOK, 5000); });
     int answer = -1;
     EXPECT_FALSE(ts.ShowMessage(IDS_TEETH_MISSING, kTextString, MB_YESNO, &answer));
-    driver.get();
-    EXPECT_EQ("Internal error. The system can't determine the text to be displayed.", box);
+    EXPECT_EQ("Internal error. The system can't determine the text to be displayed.", box.get());
     EXPECT_EQ(-1, answer) << "no answer is handed back";
 }
 

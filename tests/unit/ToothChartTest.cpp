@@ -90,19 +90,23 @@ protected:
     void OpenWith(const std::string& settingsText, int w, int h) {
         settings = std::make_unique<SettingsFile>(settingsText);
         ASSERT_TRUE(settings->loaded());
-        popup = CreateWindowExA(WS_EX_TOPMOST, "STATIC", "", WS_POPUP | WS_VISIBLE, kLeft, kTop,
-                                w, h, nullptr, nullptr, nullptr, nullptr);
-        control = CreateWindowExA(0, "STATIC", "", WS_CHILD | WS_VISIBLE, 0, 0, w, h, popup,
-                                  nullptr, nullptr, nullptr);
+        popup = std::make_unique<input_support::Popup>(kLeft, kTop, w, h, WS_EX_TOPMOST);
+        control = popup->Add("STATIC", 0, 0, 0, w, h);
         chart = std::make_unique<CToothChart>();
         ASSERT_TRUE(chart->Subclass(control));
         chart->Init(&owner, settings->path());
         Pump(60);
     }
+    // The shipped picture and outlines, at the size the configure dialog gives the chart.
+    void OpenShipped() {
+        const std::string shipped = testing_support::TestData() + "data\\Template\\Zemblax.ini";
+        ASSERT_TRUE(testing_support::Exists(shipped));
+        OpenWith(testing_support::ReadText(shipped), 396, 200);
+    }
     void TearDown() override {
         SendMouse(MOUSEEVENTF_MOVE, {5, 5});
         chart.reset();
-        if (popup) DestroyWindow(popup);
+        popup.reset();
         settings.reset();
     }
     POINT Screen(POINT client) const {
@@ -130,20 +134,12 @@ protected:
     }
     // What the window holds now, as the last repaints left it.
     std::vector<DWORD> Read(const char* keepAs = nullptr) {
-        const RECT r = chart->GetClientRect();
-        fw::WindowDC screen(control);
-        fw::UniqueDC mem(CreateCompatibleDC(screen.get()));
-        fw::UniqueBitmap bmp(CreateCompatibleBitmap(screen.get(), r.right, r.bottom));
-        {
-            fw::SelectObj sel(mem.get(), bmp.get());
-            BitBlt(mem.get(), 0, 0, r.right, r.bottom, screen.get(), 0, 0, SRCCOPY);
-        }
+        fw::UniqueBitmap bmp = testing_support::WindowBitmap(control);
         if (keepAs) {
             fw::UniqueGlobal dib(BitmapToDib(bmp.get(), BI_RGB, 24, nullptr));
             WriteDibFile(testing_support::TestData() + "out\\" + keepAs, dib.get());
         }
-        int w, h;
-        return testing_support::BitmapPixels(bmp.get(), w, h);
+        return testing_support::BitmapPixels(bmp.get());
     }
     // Where the changed pixels between two shots lie; empty when none changed.
     RECT Changed(const std::vector<DWORD>& a, const std::vector<DWORD>& b) const {
@@ -172,10 +168,18 @@ protected:
         return inner.left >= outer.left && inner.top >= outer.top && inner.right <= outer.right &&
                inner.bottom <= outer.bottom;
     }
+    // Hovering over tooth `index` changes the chart, and only inside that tooth's picture.
+    void ExpectHoverLightsOnly(const std::vector<DWORD>& idle, int index) {
+        MoveTo(Centre(index));
+        const RECT changed = Changed(idle, Shot());
+        EXPECT_FALSE(IsRectEmpty(&changed)) << index;
+        EXPECT_TRUE(Inside(changed, PictureRect(index))) << index;
+    }
 
     static constexpr int kLeft = 120, kTop = 140;
     std::unique_ptr<SettingsFile> settings;
-    HWND popup = nullptr, control = nullptr;
+    std::unique_ptr<input_support::Popup> popup;
+    HWND control = nullptr;
     Owner owner;
     std::unique_ptr<CToothChart> chart;
 };
@@ -197,16 +201,12 @@ TEST(ChartNumbering, BothDentitionsShareTheRegions) {
 
 TEST_F(Chart, OutlinesScaleOnceToTheControl) {
     auto withVertex = [](int i) { return i == 0 ? RECT{100, 60, 130, 160} : TestOutline(i); };
-    settings = std::make_unique<SettingsFile>(kSmallSensor + ToothSections(withVertex));
-    popup = CreateWindowExA(0, "STATIC", "", WS_POPUP, 0, 0, 396, 200, nullptr, nullptr, nullptr, nullptr);
-    CToothChart c;
-    ASSERT_TRUE(c.Subclass(popup));
-    c.Init(&owner, settings->path());
-    EXPECT_DOUBLE_EQ(396.0 / 529.0, c.GetScaleX());
-    EXPECT_DOUBLE_EQ(0.8, c.GetScaleY());
+    OpenWith(kSmallSensor + ToothSections(withVertex), 396, 200);
+    EXPECT_DOUBLE_EQ(396.0 / 529.0, chart->GetScaleX());
+    EXPECT_DOUBLE_EQ(0.8, chart->GetScaleY());
     EXPECT_EQ(74, CToothChart::GetToothVertex(0, 0).x);
     EXPECT_EQ(48, CToothChart::GetToothVertex(0, 0).y);
-    EXPECT_FALSE(c.GetShowRegions());
+    EXPECT_FALSE(chart->GetShowRegions());
 }
 
 TEST_F(Chart, HitTestLowerIndexWinsAndSkipsWhatTheModeCannotChoose) {
@@ -228,12 +228,7 @@ TEST_F(Chart, HoveringATeethTurnsExactlyThatToothGrey) {
     Open(396, 200);
     MoveTo({390, 195});  // no tooth there
     const auto idle = Shot();
-    for (int i : {0, 13, 30}) {
-        MoveTo(Centre(i));
-        const RECT changed = Changed(idle, Shot());
-        EXPECT_FALSE(IsRectEmpty(&changed)) << i;
-        EXPECT_TRUE(Inside(changed, PictureRect(i))) << i;
-    }
+    for (int i : {0, 13, 30}) ExpectHoverLightsOnly(idle, i);
     // Mixed dentition: where 16's region (index 5, not to be chosen) lies
     // over 21's (index 8), it ends the search: no highlight, though a click
     // there picks 21.
@@ -298,8 +293,7 @@ TEST_F(Chart, AssignedTeethShowGreenInEitherDentition) {
 // highlight) and while a sensor is dragged. Only a jump farther than the
 // square leaves the old highlight behind.
 TEST_F(Chart, MovesLeaveWhatAFullRepaintShows) {
-    const std::string shipped = testing_support::TestData() + "data\\Template\\Zemblax.ini";
-    OpenWith(testing_support::ReadText(shipped), 396, 200);
+    OpenShipped();
     CTake take;
     take.SetTeeth({12, 13, 15, 17, 27});  // 17 and 27 across the edges of some squares
     chart->SetCurrentTake(&take);
@@ -367,21 +361,15 @@ TEST_F(Chart, ASensorDroppedOnTheChartCoversTheTeethUnderIt) {
     EXPECT_EQ(1u, owner.dropped.size());
 }
 
-// The shipped picture and outlines, at the size the configure dialog gives
-// the chart: each tooth is found where it is drawn and lights up in place.
+// The shipped picture and outlines: each tooth is found where it is drawn
+// and lights up in place.
 TEST_F(Chart, ShippedOutlinesHighlightEachToothInItsPlace) {
-    const std::string shipped = testing_support::TestData() + "data\\Template\\Zemblax.ini";
-    ASSERT_TRUE(testing_support::Exists(shipped));
-    OpenWith(testing_support::ReadText(shipped), 396, 200);
+    OpenShipped();
     MoveTo({395, 199});
     const auto idle = Shot();
     for (int i : {0, 2, 3, 5, 7, 10, 16, 21, 29, 31}) {
-        const POINT c = Centre(i);
-        EXPECT_EQ(i, chart->ToothAt(c.x, c.y)) << i;
-        MoveTo(c);
-        const RECT changed = Changed(idle, Shot());
-        EXPECT_FALSE(IsRectEmpty(&changed)) << i;
-        EXPECT_TRUE(Inside(changed, PictureRect(i))) << i;
+        EXPECT_EQ(i, chart->ToothAt(Centre(i).x, Centre(i).y)) << i;
+        ExpectHoverLightsOnly(idle, i);
     }
     CTake take;
     take.SetTeeth({14, 15, 16});
@@ -406,7 +394,7 @@ TEST_F(Chart, PaintingAndRebuildingKeepGdiObjectsFlat) {
         MoveTo(Centre(i));
         Shot();
         CToothChart other;
-        other.Subclass(popup);
+        other.Subclass(popup->get());
         other.Init(&owner, settings->path());
     }
     MoveTo({390, 195});
