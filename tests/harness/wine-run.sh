@@ -8,4 +8,10 @@ if [ ! -f "$state/env" ]; then
 fi
 . "$state/env"
 exe=$(readlink -f "$1"); shift
-cd "$(dirname "$exe")" && exec wine "$exe" "$@" </dev/null
+cd "$(dirname "$exe")" || exit 1
+# The exit code is named: a program that ends before it prints anything
+# leaves nothing else to go by.
+wine "$exe" "$@" </dev/null
+rc=$?
+[ $rc -eq 0 ] || echo "wine-run: $(basename "$exe") ended with exit code $rc" >&2
+exit $rc
